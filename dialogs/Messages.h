@@ -1,0 +1,39 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/ScopeError.h"
+
+namespace cvn73100 {
+
+// The message catalogue: every text the control shows, by number, in the current language.
+class Messages {
+ public:
+  // Language bases.
+  static constexpr int ENGLISH = 0;
+  static constexpr int FRENCH = 1000;
+  static constexpr int SPANISH = 2000;
+  static constexpr int ITALIAN = 3000;
+  static constexpr int GERMAN = 4000;
+  static constexpr int JAPANESE = 5000;
+  static constexpr int KOREAN = 6000;
+  static constexpr int TRADITIONAL_CHINESE = 7000;
+
+  // The text of `number` in the current language. A number that the current language lacks (Japanese
+  // holds only 100-107) yields the English text, so no dialog is ever blank; an unknown number yields "".
+  static std::string Load(int number);
+  // The text stored under the absolute identifier (base + number), if any.
+  static std::optional<std::string> Find(int id);
+
+  static int LanguageBase();
+  // Stores the base (process-wide); installing the help files is the language selection's job.
+  static void SetLanguageBase(int base);
+};
+
+// An error whose source and description are catalogue messages in the current language.
+ScopeError CatalogueError(std::int32_t code, int sourceMessage, int descriptionMessage);
+// Error 380 over the object-error base: source message 104, description message 106.
+ScopeError InvalidPropertyValue();
+
+}  // namespace cvn73100
