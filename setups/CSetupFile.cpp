@@ -1,0 +1,227 @@
+#include "setups/CSetupFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <string_view>
+
+#include "diagnostics/CDebug.h"
+#include "dialogs/Messages.h"
+#include "setups/SetupFileReader.h"
+#include "setups/SetupText.h"
+
+namespace cvn73100 {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* CLASS_NAME = "CSetupFile";
+constexpr int MSG_OPEN_SETUP_FILE = 670;
+constexpr int MSG_LOAD_ERROR = 673;
+constexpr int MSG_SAVE_ERROR = 681;
+
+// A save that cannot complete; WriteFile turns it into the catalogue error after asserting.
+class WriteFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+[[noreturn]] void RaiseReadError(const char* procedure, const char* location) {
+  CDebug::Instance().Assert(false, "", CLASS_NAME, procedure, location);
+  throw CatalogueError(ERR_SETUP_FILE, MSG_OPEN_SETUP_FILE, MSG_LOAD_ERROR);
+}
+
+[[noreturn]] void RaiseWrongFormat(const char* location) {
+  CDebug::Instance().Assert(false, "", CLASS_NAME, "ReadFileTypeAndVersion", location);
+  // The saving message is the one this reading failure has always shown.
+  throw CatalogueError(ERR_SETUP_FILE, MSG_OPEN_SETUP_FILE, MSG_SAVE_ERROR);
+}
+
+[[noreturn]] void FailSystemCall(const std::string& what) { throw WriteFailure(what + ": " + std::strerror(errno)); }
+
+std::size_t DecimalDigits(std::int64_t value) { return std::to_string(value).size(); }
+
+void WriteAll(int fd, const std::uint8_t* data, std::size_t size) {
+  while (size > 0) {
+    const ssize_t n = ::write(fd, data, size);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) FailSystemCall("write");
+    data += n;
+    size -= static_cast<std::size_t>(n);
+  }
+}
+
+// The file that a save finally replaces: a symbolic link keeps pointing where it did.
+fs::path SaveTarget(const std::string& fileName) {
+  fs::path target(fileName);
+  std::error_code ec;
+  if (fs::is_symlink(target, ec)) {
+    fs::path resolved = fs::weakly_canonical(target, ec);
+    if (!ec) target = std::move(resolved);
+  }
+  return target;
+}
+
+// Replaces `fileName` by header + data, whole or not at all: the bytes go to a new file beside the
+// target (same file system, so the rename is atomic), which is synced before it takes the name, so
+// that a crash cannot leave the name on a file whose data never reached the disk.
+void ReplaceFile(const std::string& fileName, std::string_view header, const LearnString& data) {
+  static std::atomic<unsigned> counter{0};
+  const fs::path target = SaveTarget(fileName);
+  const std::string name = target.filename().string();
+  if (name.empty()) throw WriteFailure("no file name in \"" + fileName + "\"");
+  fs::path folder = target.parent_path();
+  if (folder.empty()) folder = ".";
+
+  struct stat existing {};
+  const bool exists = ::stat(target.c_str(), &existing) == 0;
+  if (exists && !S_ISREG(existing.st_mode)) throw WriteFailure(target.string() + ": not a regular file");
+
+  int fd = -1;
+  fs::path temporary;
+  for (int attempt = 0; fd < 0; ++attempt) {
+    temporary = folder / ("." + name.substr(0, 200) + "." + std::to_string(::getpid()) + "." +
+                          std::to_string(counter.fetch_add(1)) + ".tmp");
+    fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0 && (errno != EEXIST || attempt >= 100)) FailSystemCall("create " + temporary.string());
+  }
+  try {
+    if (exists) (void)::fchmod(fd, existing.st_mode & 07777);
+    WriteAll(fd, reinterpret_cast<const std::uint8_t*>(header.data()), header.size());
+    if (data && !data->empty()) WriteAll(fd, data->data(), data->size());
+    if (::fsync(fd) != 0) FailSystemCall("fsync");
+    const int closed = ::close(fd);
+    fd = -1;
+    if (closed != 0) FailSystemCall("close");
+    if (::rename(temporary.c_str(), target.c_str()) != 0) FailSystemCall("rename to " + target.string());
+  } catch (...) {
+    if (fd >= 0) ::close(fd);
+    ::unlink(temporary.c_str());
+    throw;
+  }
+  // The folder is not synced: after a crash the name holds either the old file or the new one, each
+  // whole, which is the promise; the rename itself becomes durable with the file system's next commit.
+}
+
+}  // namespace
+
+std::int64_t CSetupFile::HeaderLength(std::int64_t tailLength) {
+  const std::size_t digits = DecimalDigits(tailLength);
+  const std::int64_t length = tailLength + static_cast<std::int64_t>(digits) + 1;
+  // Field 1 counts its own digits: when they outgrow those of the tail length, one more byte is needed.
+  if (DecimalDigits(length) == digits) return length;
+  if (DecimalDigits(length) == digits + 1) return length + 1;
+  return -1;
+}
+
+std::string CSetupFile::HeaderText() const {
+  const std::size_t dataLength = LearnString() ? LearnString()->size() : 0;
+  const std::string dataLengthText = std::to_string(dataLength);
+  const std::string_view fields[] = {FILE_TYPE,        FORMAT_VERSION,   Model(),          Manufacturer(),
+                                     SerialNumber(),   Version(),        UserComments(),   DESCRIPTION,
+                                     ReservedField1(), ReservedField2(), ReservedField3(), dataLengthText};
+  std::string tail;
+  for (const std::string_view field : fields) {
+    // A terminator inside a field would shift every later field; such a file could never be read back.
+    if (field.find(FIELD_TERMINATOR) != std::string_view::npos) {
+      throw WriteFailure("a header field contains \"|\": " + std::string(field.substr(0, 80)));
+    }
+    if (field.size() > MAX_FIELD_LENGTH) throw WriteFailure("a header field is too long");
+    tail.append(field);
+    tail.push_back(FIELD_TERMINATOR);
+  }
+  const std::int64_t headerLength = HeaderLength(static_cast<std::int64_t>(tail.size()));
+  if (headerLength < 0) {
+    CDebug::Instance().Assert(false, "", CLASS_NAME, "WriteFile", "1");
+    throw WriteFailure("no consistent header length");
+  }
+  return std::to_string(headerLength) + FIELD_TERMINATOR + tail;
+}
+
+void CSetupFile::WriteFile(const std::string& fileName) {
+  try {
+    if (LearnString() && LearnString()->size() > MAX_LEARN_STRING_BYTES) {
+      throw WriteFailure("the learn string is longer than a setup file may hold");
+    }
+    ReplaceFile(fileName, HeaderText(), LearnString());
+  } catch (const std::exception& failure) {
+    CDebug::Instance().Assert(false, failure.what(), CLASS_NAME, "WriteFile", "ErrorHandler");
+    throw CatalogueError(ERR_SETUP_FILE, MSG_OPEN_SETUP_FILE, MSG_SAVE_ERROR);
+  }
+}
+
+std::string CSetupFile::ReadField(SetupFileReader& file, std::size_t limit) {
+  if (file.AtEnd()) RaiseReadError("ReadField", "1");
+  std::string field;
+  for (std::uint8_t c = *file.ReadByte(); c != FIELD_TERMINATOR; c = *file.ReadByte()) {
+    field.push_back(static_cast<char>(c));
+    if ((limit > 0 && field.size() > limit) || field.size() > MAX_FIELD_LENGTH || file.AtEnd()) {
+      RaiseReadError("ReadField", "2");
+    }
+  }
+  return field;
+}
+
+void CSetupFile::ReadFileTypeAndVersion(SetupFileReader& file, std::string& headerLength) {
+  headerLength = ReadField(file);
+  const std::string type = ReadField(file, std::string_view(FILE_TYPE).size() + 1);
+  if (!SetupText::EqualsIgnoreCase(type, FILE_TYPE)) RaiseWrongFormat("1");
+  if (ReadField(file) != FORMAT_VERSION) RaiseWrongFormat("2");
+}
+
+bool CSetupFile::IsACompatibleFile(const std::string& fileName) noexcept {
+  try {
+    SetupFileReader file;
+    if (!file.Open(fileName)) return false;
+    std::string headerLength;
+    ReadFileTypeAndVersion(file, headerLength);
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+void CSetupFile::ReadFile(const std::string& fileName) {
+  SetupFileReader file;
+  if (!file.Open(fileName)) RaiseReadError("ReadFile", "ErrorHandler");
+  std::string headerLengthText;
+  ReadFileTypeAndVersion(file, headerLengthText);
+  SetModel(ReadField(file));
+  SetManufacturer(ReadField(file));
+  SetSerialNumber(ReadField(file));
+  SetVersion(ReadField(file));
+  SetUserComments(ReadField(file));
+  ReadField(file);  // the description is rewritten on every save
+  SetReservedField1(ReadField(file));
+  SetReservedField2(ReadField(file));
+  SetReservedField3(ReadField(file));
+  const std::string dataLengthText = ReadField(file);
+
+  // Both numbers come from the file: text that is no number is a damaged file like any other.
+  const auto headerLength = SetupFileReader::ToLong(headerLengthText);
+  const auto dataLength = SetupFileReader::ToLong(dataLengthText);
+  if (!headerLength || !dataLength) RaiseReadError("ReadFile", "ErrorHandler");
+  if (*dataLength < 0) RaiseReadError("ReadFile", "1");
+  if (file.Position() != *headerLength) RaiseReadError("ReadFile", "2");
+  const auto length = static_cast<std::size_t>(*dataLength);
+  if (length > MAX_LEARN_STRING_BYTES || *dataLength > file.Size() - file.Position()) {
+    RaiseReadError("ReadFile", "3");
+  }
+  Bytes data;
+  if (!file.ReadExactly(length, data)) RaiseReadError("ReadFile", "3");
+  file.Close();
+  // A single byte is no learn string an instrument produces; it reads back as none.
+  if (data.size() < 2) {
+    SetLearnString(std::nullopt);
+  } else {
+    TakeLearnString(std::move(data));
+  }
+}
+
+}  // namespace cvn73100

@@ -1,0 +1,144 @@
+#pragma once
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "diagnostics/CDebug.h"
+#include "dialogs/Messages.h"
+#include "platform/Components.h"
+#include "platform/ScopeError.h"
+
+namespace cvn73100::test {
+
+inline std::string ReadAll(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void WriteAll(const std::filesystem::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// A scratch folder per test, and the support messages raised while the test runs.
+class SetupFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "cvnsetups.XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    m_dir = pattern;
+    CDebug::SetInstance(std::make_shared<CDebug>());
+    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
+    CDebug::Instance().SupportMessage.Connect([this](const std::string& block) { m_messages.push_back(block); });
+  }
+  void TearDown() override {
+    CDebug::SetInstance(nullptr);
+    std::filesystem::remove_all(m_dir);
+  }
+
+  std::string Path(const std::string& name) const { return (m_dir / name).string(); }
+  std::string Make(const std::string& name, const std::string& bytes) const {
+    WriteAll(m_dir / name, bytes);
+    return Path(name);
+  }
+  bool Asserted(const std::string& className, const std::string& procedure) const {
+    for (const auto& m : m_messages) {
+      if (m.find("File: " + className + "\r\n") != std::string::npos &&
+          m.find("Function: " + procedure + "\r\n") != std::string::npos)
+        return true;
+    }
+    return false;
+  }
+
+  std::filesystem::path m_dir;
+  std::vector<std::string> m_messages;
+};
+
+// Runs `action` and returns the error it raises (number 0 when it raises none).
+template <class F>
+ScopeError ErrorOf(F&& action) {
+  try {
+    action();
+  } catch (const ScopeError& error) {
+    return error;
+  }
+  return ScopeError(0, "", "");
+}
+
+inline bool IsCatalogueError(const ScopeError& e, std::int32_t code, int source, int description) {
+  return e.Number() == ObjectError(code) && e.Source() == Messages::Load(source) &&
+         e.Description() == Messages::Load(description);
+}
+
+// An instrument behind the automation server's Utilities, answering as the test sets it.
+class FakeUtilities : public IUtilities {
+ public:
+  LearnString state = Bytes{0x23, 0x38, 0x01, 0x02};
+  std::string model = "73135D";
+  std::string version = "A.01.02";
+  bool failReads = false;
+  std::vector<LearnString> written;
+
+  std::string Manufacturer() override { return "CORVANE"; }
+  std::string Model() override { return model; }
+  std::string SerialNumber() override { return "0"; }
+  std::string FirmwareVersion() override { return version; }
+  void ResetInstrument() override {}
+  bool CheckInstrumentID(std::int32_t, std::int32_t, std::int32_t) override { return true; }
+  std::shared_ptr<IInstrumentIO> IOChannel() override { throw std::logic_error("no channel"); }
+  LearnString ReadStateData() override {
+    if (failReads) throw ScopeError(ObjectError(1234), "Server", "device vanished");
+    return state;
+  }
+  void WriteStateData(const LearnString& learnString) override { written.push_back(learnString); }
+  std::string InstrumentModel() override { return model; }
+  std::string InstrumentFirmwareVersion() override { return version; }
+  std::string QueryInstrumentError() override { return ""; }
+};
+
+// A server whose only working part is Utilities.
+class FakeServer : public IAutomationServer {
+ public:
+  explicit FakeServer(std::shared_ptr<FakeUtilities> utilities) : m_utilities(std::move(utilities)) {}
+  void OpenConnection(const std::string&, std::int32_t) override {}
+  void CloseConnection() override {}
+  std::string ConnectionName() override { return "fake"; }
+  IAcquisition& Acquisition() override { throw std::logic_error("unused"); }
+  IAnalogChannels& AnalogChannels() override { throw std::logic_error("unused"); }
+  ILogicChannel& LogicChannel() override { throw std::logic_error("unused"); }
+  IMeasure& Measure() override { throw std::logic_error("unused"); }
+  ITimebase& Timebase() override { throw std::logic_error("unused"); }
+  ITrigger& Trigger() override { throw std::logic_error("unused"); }
+  ITrace& Trace() override { throw std::logic_error("unused"); }
+  IUtilities& Utilities() override { return *m_utilities; }
+  void AutoScale() override {}
+  void Digitize() override {}
+  void Run() override {}
+  void SingleTrigger() override {}
+  void StopTrigger() override {}
+  void Output(const Variant&) override {}
+  void Enter(Variant&, const Variant&) override {}
+  void ReadBytes(std::int32_t&, Bytes&) override {}
+  void WriteBytes(std::int32_t, Bytes&) override {}
+  void GetWaveformData(Cvn73100_AnalogChannels, Cvn73100_WaveformPoints, Variant&, Variant&) override {}
+  void GetAllWaveformData(Cvn73100_WaveformPoints, Variant::Array&) override {}
+  void GetLogicData(Cvn73100_WaveformPoints, Variant&, Variant&) override {}
+  Picture GetScreenImage(Cvn73100_ImageFormat) override { return {}; }
+  void SaveScreenImage(const std::string&, Cvn73100_ImageFormat) override {}
+
+ private:
+  std::shared_ptr<FakeUtilities> m_utilities;
+};
+
+inline void UseFakeServer(const std::shared_ptr<FakeUtilities>& utilities) {
+  Components::SetServerFactory(
+      [utilities](std::shared_ptr<IIOManager>) { return std::make_unique<FakeServer>(utilities); });
+}
+
+}  // namespace cvn73100::test
