@@ -123,6 +123,9 @@ class IAutomationServer {
   virtual void OpenConnection(const std::string& address, std::int32_t options = 0) = 0;
   virtual void CloseConnection() = 0;
   virtual std::string ConnectionName() = 0;
+  // The I/O library's manager the server opens its connections through. The owner may hand it over
+  // after creating the server; an open connection keeps the channel it has.
+  virtual void SetIOManager(std::shared_ptr<IIOManager> ioManager) { (void)ioManager; }
 
   virtual IAcquisition& Acquisition() = 0;
   virtual IAnalogChannels& AnalogChannels() = 0;

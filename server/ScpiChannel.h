@@ -1,0 +1,54 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/InstrumentIO.h"
+#include "platform/Variant.h"
+
+namespace cvn73100::server {
+
+// The server's one connection to an instrument: opens it through the I/O manager, applies the serial
+// line settings of the address, and speaks SCPI over it (commands, queries, numbers, blocks).
+class ScpiChannel {
+ public:
+  // Reply time limit set on every channel the server opens, in milliseconds.
+  static constexpr std::int32_t DEFAULT_TIMEOUT_MS = 5000;
+
+  void SetIOManager(std::shared_ptr<IIOManager> ioManager) { m_ioManager = std::move(ioManager); }
+
+  // Closes any open channel, then opens `address` (see ServerAddress). Raises SERVERERR_BAD_ADDRESS,
+  // SERVERERR_NOT_CONNECTED when there is no I/O manager, or the I/O library's error.
+  void Open(const std::string& address);
+  // Closes the port; harmless when nothing is open.
+  void Close();
+  bool IsOpen() const { return static_cast<bool>(m_io); }
+  // The address the channel was opened on; "" when closed.
+  const std::string& Address() const { return m_address; }
+  // The channel in use; raises SERVERERR_NOT_CONNECTED when closed.
+  std::shared_ptr<IInstrumentIO> Shared() const;
+  IInstrumentIO& IO() const { return *Shared(); }
+
+  void Write(const std::string& command);
+  // Sends `query` and reads one reply line.
+  std::string Query(const std::string& query);
+  // A reply read as a number; raises SERVERERR_BAD_REPLY when it is not one.
+  double QueryReal(const std::string& query);
+  // A reply read as a whole number (an enumerated setting).
+  std::int32_t QueryInteger(const std::string& query);
+  // Sends `query` and reads the definite-length block of its reply, at most `cap` bytes. A failed
+  // transfer clears the channel so the next command starts on an empty line.
+  Bytes QueryBlock(const std::string& query, std::size_t cap);
+  // Sends `header`, a space and `data` as one definite-length block in one message.
+  void WriteBlock(const std::string& header, const Bytes& data);
+
+  static double ParseReal(const std::string& text);
+
+ private:
+  std::shared_ptr<IIOManager> m_ioManager;
+  std::shared_ptr<IInstrumentIO> m_io;
+  std::string m_address;
+};
+
+}  // namespace cvn73100::server

@@ -1,0 +1,262 @@
+#include "control/CCvn73100EZ.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "diagnostics/CDebug.h"
+#include "platform/Components.h"
+#include "server/Cvn73100Server.h"
+#include "server/ServerError.h"
+#include "tests/server/SimulatedScope.h"
+
+namespace cvn73100 {
+namespace {
+
+constexpr std::int32_t kFailedConnection = -2147221445;
+constexpr std::int32_t kInvalidPropertyValue = -2147221124;
+constexpr const char* kIdentity = "Corvane Technologies,73135D,QX40001234,A.02.10";
+
+class CCvn73100EZTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    server::RegisterAutomationServer();
+    auto debug = std::make_shared<CDebug>();
+    debug->SetMode(CDebug::MODE_EVENT);
+    debug->SupportMessage.Connect([this](const std::string& block) { supportMessages.push_back(block); });
+    CDebug::SetInstance(debug);
+    ez = std::make_unique<CCvn73100EZ>();
+    ez->SetIOManager(sim.manager);
+    ez->SetTXDelay(0);
+    ez->InstrumentID.Connect([this](const std::string& id) { instrumentIDs.push_back(id); });
+    ez->PropertyChanged.Connect([this](const std::string& name) { changes.push_back(name); });
+    changes.clear();
+  }
+  void TearDown() override {
+    ez.reset();
+    CDebug::SetInstance(nullptr);
+  }
+
+  std::int32_t ErrorNumber(const std::function<void()>& action) {
+    try {
+      action();
+    } catch (const ScopeError& e) {
+      lastError = e.Description();
+      lastSource = e.Source();
+      return e.Number();
+    }
+    return 0;
+  }
+
+  test::SimulatedScope sim;
+  std::unique_ptr<CCvn73100EZ> ez;
+  std::vector<std::string> supportMessages;
+  std::vector<std::string> instrumentIDs;
+  std::vector<std::string> changes;
+  std::string lastError;
+  std::string lastSource;
+};
+
+TEST_F(CCvn73100EZTest, InitializeWithAndWithoutResetAndIdentityCheck) {
+  sim::ScopeState changed;
+  changed.timebaseRange = 5e-3;
+  const struct {
+    bool reset;
+    bool checkID;
+    bool stateIsDefault;
+  } cases[] = {{false, false, false}, {true, false, true}, {false, true, false}, {true, true, true}};
+  for (const auto& c : cases) {
+    sim.scope->SetState(changed);
+    ez->SetResetOnInitialize(c.reset);
+    ez->SetCheckIDOnInitialize(c.checkID);
+    instrumentIDs.clear();
+    ez->Initialize();
+    EXPECT_TRUE(ez->InstrumentConnected());
+    EXPECT_EQ(ez->ConnectionName(), "GPIB0::7::INSTR");
+    EXPECT_EQ(instrumentIDs, std::vector<std::string>{kIdentity});
+    EXPECT_EQ(sim.scope->State() == sim::ScopeState{}, c.stateIsDefault) << c.reset << c.checkID;
+  }
+  EXPECT_EQ(ez->IDNQuery(), kIdentity);
+  ez->CloseConnection(false);
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_EQ(ez->ConnectionName(), "");
+}
+
+TEST_F(CCvn73100EZTest, ARejectedInstrumentRaisesTheConnectionErrorAndStaysDisconnected) {
+  ez->SetAutomationServerAddress("GPIB0::3::INSTR");  // a 73199B
+  ez->SetCheckIDOnInitialize(true);
+  EXPECT_EQ(ErrorNumber([&] { ez->Initialize(); }), kFailedConnection);
+  EXPECT_EQ(lastSource, "QD 73100 Scope Control");
+  EXPECT_EQ(lastError,
+            "Connection to instrument did not succeed\r\ndue to an I/O initialization failure.\r\n\r\n"
+            "Go to the Search Instruments or Set I/O property page and retest.");
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_EQ(ez->ConnectionName(), "");
+
+  // Without the check the same instrument connects.
+  ez->SetCheckIDOnInitialize(false);
+  ez->Initialize();
+  EXPECT_TRUE(ez->InstrumentConnected());
+}
+
+TEST_F(CCvn73100EZTest, FailuresReachTheCallerAndLeaveNothingOpen) {
+  ez->SetAutomationServerAddress("GPIB3::7::INSTR");  // a board that is not mapped
+  EXPECT_EQ(ErrorNumber([&] { ez->Initialize(); }), ObjectError(IOERR_OPEN_FAILED));
+  EXPECT_FALSE(ez->InstrumentConnected());
+
+  ez->SetAutomationServerAddress("GPIB0::20::INSTR");  // nobody listens there
+  EXPECT_NE(ErrorNumber([&] { ez->Initialize(); }), 0);
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_EQ(ez->ConnectionName(), "");
+
+  CCvn73100EZ withoutManager;
+  EXPECT_NE(ErrorNumber([&] { withoutManager.Initialize(); }), 0);
+  EXPECT_FALSE(withoutManager.InstrumentConnected());
+}
+
+TEST_F(CCvn73100EZTest, PropertyPageModeSuppressesTheInstrumentIDEvent) {
+  ez->SetPropertyPageMode(true);
+  ez->Initialize();
+  EXPECT_TRUE(ez->InstrumentConnected());
+  EXPECT_TRUE(instrumentIDs.empty());
+}
+
+TEST_F(CCvn73100EZTest, DataOperationsConnectOnlyInUserMode) {
+  EXPECT_NE(ErrorNumber([&] { ez->Digitize(); }), 0);  // goes to the unconnected server
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_EQ(sim.scope->Running(), sim::RunState::Run);
+
+  ez->SetAmbientUserMode(true);
+  ez->Digitize();
+  EXPECT_TRUE(ez->InstrumentConnected());
+  EXPECT_EQ(sim.scope->Running(), sim::RunState::Stop);
+  EXPECT_EQ(ez->Utilities().Model(), "73135D");
+}
+
+TEST_F(CCvn73100EZTest, AddressChangesCloseFirstAndWatchTheHandshakeKeyword) {
+  ez->Initialize();
+  ez->SetAutomationServerAddress("GPIB0::7::INSTR");  // the same address
+  EXPECT_TRUE(ez->InstrumentConnected());
+  EXPECT_TRUE(supportMessages.empty());
+
+  ez->SetAutomationServerAddress("COM1::Handshake=DTR_DSR");
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_TRUE(supportMessages.empty());
+
+  ez->SetAutomationServerAddress("COM1");
+  EXPECT_EQ(ez->AutomationServerAddress(), "COM1");
+  ASSERT_EQ(supportMessages.size(), 1u);
+  EXPECT_NE(supportMessages[0].find("Assertion: (InStr(1, strAddress, HANDSHAKE_ADDRESS_KEYWORD, vbTextCompare) > 0)"),
+            std::string::npos);
+  EXPECT_NE(supportMessages[0].find("File: CCvn73100EZ"), std::string::npos);
+  EXPECT_NE(supportMessages[0].find("Function: AutomationServerAddress"), std::string::npos);
+
+  ez->SetAutomationServerAddress("com2::handshake=xon_xoff");  // the keyword in any case
+  EXPECT_EQ(supportMessages.size(), 1u);
+}
+
+TEST_F(CCvn73100EZTest, SerialConnectionWakesTheInstrumentAndDropsTheLinesOnClose) {
+  ez->SetAutomationServerAddress("COM1::Baud=19200,Handshake=DTR_DSR");
+  ez->SetCheckIDOnInitialize(true);
+  ez->Initialize();
+  EXPECT_TRUE(ez->InstrumentConnected());
+  EXPECT_EQ(instrumentIDs, std::vector<std::string>{kIdentity});
+  auto channel = ez->EZPtr().Utilities().IOChannel();
+  ASSERT_EQ(channel->IOType(), "ASRL");
+  EXPECT_EQ(channel->Serial()->BaudRate(), 19200);
+  EXPECT_TRUE(channel->Serial()->DTRState());
+  EXPECT_EQ(ez->EZPtr().Utilities().QueryInstrumentError(), "");  // the bare CR LF is an empty message
+
+  ez->CloseConnection(true);
+  EXPECT_FALSE(ez->InstrumentConnected());
+  EXPECT_FALSE(channel->Serial()->DTRState());  // held down, not restored
+  EXPECT_FALSE(channel->Serial()->RTSState());
+}
+
+TEST_F(CCvn73100EZTest, TXDelayRefusesNegativeValuesAndKeepsTheOldOne) {
+  ez->SetTXDelay(0);
+  EXPECT_TRUE(changes.empty());  // already 0
+  ez->SetTXDelay(75);
+  EXPECT_EQ(changes, std::vector<std::string>{"TXDelay"});
+  EXPECT_EQ(ErrorNumber([&] { ez->SetTXDelay(-1); }), kInvalidPropertyValue);
+  EXPECT_EQ(lastError, "Invalid property value.");
+  EXPECT_EQ(lastSource, "QD 73100 Scope Control");
+  EXPECT_EQ(ez->TXDelay(), 75);
+  ASSERT_EQ(supportMessages.size(), 1u);
+  EXPECT_NE(supportMessages[0].find("Assertion: false"), std::string::npos);
+  EXPECT_NE(supportMessages[0].find("Function: Let TXDelay"), std::string::npos);
+  EXPECT_NE(supportMessages[0].find("Location: Else"), std::string::npos);
+  ez->SetTXDelay(0);
+  EXPECT_EQ(ez->TXDelay(), 0);
+}
+
+TEST_F(CCvn73100EZTest, PropertyChangedOnlyForRealChanges) {
+  ez->SetResetOnInitialize(false);
+  ez->SetCheckIDOnInitialize(false);
+  ez->SetResetOnInitialize(true);
+  ez->SetResetOnInitialize(true);
+  ez->SetCheckIDOnInitialize(true);
+  ez->SetDebugEnabled(true);
+  ez->SetAmbientUserMode(true);
+  EXPECT_EQ(changes, (std::vector<std::string>{"ResetOnInitialize", "CheckIDOnInitialize"}));
+}
+
+TEST_F(CCvn73100EZTest, PropertyBagKeysKeepTheirHistoricSpelling) {
+  MemoryPropertyBag bag;
+  ez->WriteProperties(bag);
+  EXPECT_EQ(bag.Entries().size(), 1u);  // only TXDelay 0 differs from its default
+  EXPECT_EQ(bag.ReadProperty("TXDelay", Variant()), Variant(std::int32_t{0}));
+
+  ez->SetTXDelay(50);
+  ez->SetResetOnInitialize(true);
+  ez->SetCheckIDOnInitialize(true);
+  bag.Clear();
+  ez->WriteProperties(bag);
+  ASSERT_EQ(bag.Entries().size(), 2u);
+  EXPECT_EQ(bag.Entries()[0].first, "ResetOnIntialize");
+  EXPECT_EQ(bag.Entries()[0].second, Variant(true));
+  EXPECT_EQ(bag.Entries()[1].first, "CheckIDOnIntialize");
+
+  bag.Set("TXDelay", Variant(std::int32_t{120}));
+  CCvn73100EZ other;
+  other.ReadProperties(bag);
+  EXPECT_EQ(other.TXDelay(), 120);
+  EXPECT_TRUE(other.ResetOnInitialize());
+  EXPECT_TRUE(other.CheckIDOnInitialize());
+}
+
+// A server that shows what the connection handed it.
+class RecordingServer : public server::Cvn73100Server {
+ public:
+  explicit RecordingServer(std::vector<std::string>& log) : m_log(log) {}
+  void Enter(Variant& inputBuffer, const Variant& format) override {
+    m_log.push_back("Enter " + format.AsString());
+    inputBuffer = Variant("reply");
+  }
+  void GetAllWaveformData(Cvn73100_WaveformPoints points, Variant::Array& data) override {
+    m_log.push_back("GetAllWaveformData " + std::to_string(points) + " " + std::to_string(data.size()));
+    data.push_back(Variant("channel"));
+  }
+
+ private:
+  std::vector<std::string>& m_log;
+};
+
+TEST_F(CCvn73100EZTest, PassThroughArgumentsReachTheServerAsDocumented) {
+  std::vector<std::string> log;
+  Components::SetServerFactory([&log](std::shared_ptr<IIOManager>) { return std::make_unique<RecordingServer>(log); });
+  CCvn73100EZ recorded;
+  Variant reply;
+  recorded.Enter(reply);
+  recorded.Enter(reply, Variant("B"));
+  Variant::Array data{Variant(1.0), Variant(2.0)};
+  recorded.GetAllWaveformData(Cvn73100_DataPoints_ALL, data);
+  EXPECT_EQ(log, (std::vector<std::string>{"Enter K", "Enter B", "GetAllWaveformData 0 0"}));
+  EXPECT_EQ(data.size(), 1u);
+  EXPECT_EQ(reply.AsString(), "reply");
+}
+
+}  // namespace
+}  // namespace cvn73100
