@@ -118,7 +118,8 @@ void CDebug::Message(std::int32_t code, const std::string& text, const std::stri
 void CDebug::Trace(const std::string& text, const std::string& className, const std::string& procedure,
                    const std::string& location) {
   if (!m_bLogEnabled) return;
-  AppendToLog(FormatTraceLine(text, className, procedure, location));
+  // The line carries its own CR LF and is then written like a block, which adds a line end.
+  AppendToLog(FormatTraceLine(text, className, procedure, location) + CRLF);
 }
 
 std::int32_t CDebug::CalculateMode() const {

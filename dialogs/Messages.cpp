@@ -18,8 +18,13 @@ std::optional<std::string> Messages::Find(int id) {
   return std::string(it->text);
 }
 
-std::string Messages::Load(int number) {
-  if (auto text = Find(LanguageBase() + number)) return *text;
+std::string Messages::Load(int number) { return LoadIn(LanguageBase(), number); }
+
+std::string Messages::LoadIn(int base, int number) {
+  // A language's copy spans 1000 identifiers; anything outside 0..999 is no message number (and must not
+  // reach into the next language or overflow).
+  if (number < 0 || number >= LANGUAGE_SPAN) return std::string();
+  if (auto text = Find(base + number)) return *text;
   return Find(number).value_or(std::string());
 }
 

@@ -19,10 +19,15 @@ class Messages {
   static constexpr int JAPANESE = 5000;
   static constexpr int KOREAN = 6000;
   static constexpr int TRADITIONAL_CHINESE = 7000;
+  // Identifiers per language: message numbers run from 0 to LANGUAGE_SPAN - 1.
+  static constexpr int LANGUAGE_SPAN = 1000;
 
   // The text of `number` in the current language. A number that the current language lacks (Japanese
-  // holds only 100-107) yields the English text, so no dialog is ever blank; an unknown number yields "".
+  // holds only 100-107) yields the English text, so no dialog is ever blank; an unknown number, or one outside
+  // 0..LANGUAGE_SPAN - 1, yields "".
   static std::string Load(int number);
+  // The text of `number` in the language at `base`, with the same fallback to English.
+  static std::string LoadIn(int base, int number);
   // The text stored under the absolute identifier (base + number), if any.
   static std::optional<std::string> Find(int id);
 

@@ -4,22 +4,33 @@
 Each PO file holds one language; an entry's msgctxt is the message number, msgid the English text
 and msgstr the translation (empty in the English file, where msgid is the text). The language's base
 is added to the number, so French 106 is entry 1106.
-usage: po2table.py OUTPUT.cpp LANG=BASE:FILE.po ...
+
+The build stops on a malformed file, a number given twice in one file, a number outside 0..999, or a
+translation whose msgid is not the English text of its number (a translation made for another text).
+Fuzzy and obsolete entries are left out, as msgfmt leaves them out; an untranslated entry is left out
+too, so the lookup falls back to English at run time.
+usage: po2table.py OUTPUT.cpp LANG=BASE:FILE.po ...   (the English file, base 0, first)
 """
 import sys
 
 
-def unquote(line):
+class PoError(Exception):
+    pass
+
+
+def unquote(line, where):
     text = line.strip()
-    if not (text.startswith('"') and text.endswith('"')):
-        raise ValueError("not a quoted string: " + line)
+    if len(text) < 2 or not (text.startswith('"') and text.endswith('"')):
+        raise PoError(where + ": not a quoted string: " + line.strip())
     body = text[1:-1]
     out, i = [], 0
     escapes = {'n': '\n', 'r': '\r', 't': '\t', '"': '"', '\\': '\\'}
     while i < len(body):
         c = body[i]
-        if c == '\\' and i + 1 < len(body):
-            out.append(escapes.get(body[i + 1], body[i + 1]))
+        if c == '\\':
+            if i + 1 >= len(body) or body[i + 1] not in escapes:
+                raise PoError(where + ": bad escape in " + line.strip())
+            out.append(escapes[body[i + 1]])
             i += 2
         else:
             out.append(c)
@@ -28,29 +39,73 @@ def unquote(line):
 
 
 def entries(path):
-    current, field = {}, None
+    """Yields (line number, flags, fields) for each entry; fields maps msgctxt/msgid/msgstr to text."""
+    current, flags, field, start = {}, set(), None, 0
+
+    def finish():
+        if not current:
+            return None
+        if 'msgid' not in current or 'msgstr' not in current:
+            raise PoError("%s:%d: entry without msgid or msgstr" % (path, start))
+        return (start, flags, current)
+
     with open(path, encoding='utf-8') as f:
-        for raw in f:
+        for number, raw in enumerate(f, 1):
+            where = "%s:%d" % (path, number)
             line = raw.strip()
+            if line.startswith('#~'):
+                continue  # obsolete entry
             if not line or line.startswith('#'):
-                if current.get('msgid') is not None and 'msgstr' in current:
-                    yield current
-                current, field = {}, None
+                if current and 'msgstr' in current:
+                    done = finish()
+                    if done:
+                        yield done
+                    current, flags, field = {}, set(), None
+                if line.startswith('#,'):
+                    flags |= {flag.strip() for flag in line[2:].split(',')}
                 continue
             for key in ('msgctxt', 'msgid', 'msgstr'):
-                if line.startswith(key + ' '):
-                    if key == 'msgctxt' and 'msgstr' in current:
-                        yield current
-                        current = {}
+                if line.startswith(key + ' ') or line.startswith(key + '"'):
+                    if key in current or (key != 'msgstr' and 'msgstr' in current):
+                        done = finish()
+                        if done:
+                            yield done
+                        current, flags = {}, set()
+                    if not current:
+                        start = number
                     field = key
-                    current[key] = unquote(line[len(key):])
+                    current[key] = unquote(line[len(key):], where)
                     break
             else:
+                if line.startswith('msgid_plural') or line.startswith('msgstr['):
+                    raise PoError(where + ": plural forms are not used by the catalogue")
                 if field is None:
-                    raise ValueError(path + ": stray line: " + line)
-                current[field] += unquote(line)
-    if current.get('msgid') is not None and 'msgstr' in current:
-        yield current
+                    raise PoError(where + ": stray line: " + line)
+                current[field] += unquote(line, where)
+    done = finish()
+    if done:
+        yield done
+
+
+def read_language(path):
+    """Returns {number: (msgid, msgstr)} of the file's numbered, non-fuzzy entries."""
+    result = {}
+    for line, flags, fields in entries(path):
+        if 'msgctxt' not in fields:
+            continue  # the PO header
+        where = "%s:%d" % (path, line)
+        context = fields['msgctxt']
+        if not context.isdigit():
+            raise PoError(where + ": msgctxt is not a message number: " + context)
+        number = int(context)
+        if number > 999:
+            raise PoError(where + ": message number %d is above 999 (the base is added here)" % number)
+        if number in result:
+            raise PoError(where + ": message %d given twice" % number)
+        if 'fuzzy' in flags:
+            continue
+        result[number] = (fields['msgid'], fields['msgstr'])
+    return result
 
 
 def cpp_string(text):
@@ -59,27 +114,43 @@ def cpp_string(text):
         ch = chr(byte)
         if ch == '"' or ch == '\\':
             out.append('\\' + ch)
-        elif 32 <= byte < 127:
+        elif 32 <= byte < 127 and ch != '?':  # '?' kept out of trigraph reach
             out.append(ch)
         else:
             out.append('\\%03o' % byte)
     return '"' + ''.join(out) + '"'
 
 
-def main():
-    output, specs = sys.argv[1], sys.argv[2:]
-    table = {}
-    for spec in specs:
-        base_part, path = spec.split(':', 1)
+def build_table(arguments):
+    table, english = {}, None
+    for argument in arguments:
+        base_part, path = argument.split(':', 1)
         base = int(base_part.split('=', 1)[1])
-        for entry in entries(path):
-            if 'msgctxt' not in entry:
-                continue  # the PO header
-            number = int(entry['msgctxt'])
-            text = entry['msgstr'] or (entry['msgid'] if base == 0 else '')
-            if not text:
-                continue  # untranslated entries fall back at run time
-            table[base + number] = text
+        language = read_language(path)
+        if base == 0:
+            english = {number: msgid for number, (msgid, _) in language.items()}
+            for number, (msgid, _) in language.items():
+                table[number] = msgid
+            continue
+        if english is None:
+            raise PoError("the English file (base 0) must come first")
+        for number, (msgid, msgstr) in language.items():
+            if english.get(number) != msgid:
+                raise PoError("%s: message %d translates %r, but its English text is %r"
+                              % (path, number, msgid, english.get(number)))
+            if msgstr:
+                table[base + number] = msgstr
+    return table
+
+
+def main():
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    output, arguments = sys.argv[1], sys.argv[2:]
+    try:
+        table = build_table(arguments)
+    except PoError as error:
+        sys.exit("po2table: " + str(error))
     with open(output, 'w', encoding='utf-8') as f:
         f.write('// Generated from resources/*.po by po2table.py. Do not edit.\n')
         f.write('#include "dialogs/MessageTable.h"\n\nnamespace cvn73100 {\n\n')

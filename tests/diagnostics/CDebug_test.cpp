@@ -1,0 +1,414 @@
+#include "diagnostics/CDebug.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "platform/Host.h"
+#include "platform/Os.h"
+#include "platform/PropertyBag.h"
+#include "platform/ScopeError.h"
+
+namespace cvn73100 {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+
+// The "At:" line carries the clock; tests compare everything else byte for byte.
+std::string MaskTime(std::string text) {
+  for (std::size_t at = text.find("At: "); at != std::string::npos; at = text.find("At: ", at + 1)) {
+    if (at != 0 && text[at - 1] != '\n') continue;  // "-- At: " of a trace line is no time line
+    const std::size_t end = text.find("\r\n", at);
+    if (end == std::string::npos) break;
+    EXPECT_GT(end, at + 4) << "empty time in " << text;
+    text.replace(at + 4, end - (at + 4), "<time>");
+  }
+  return text;
+}
+
+struct BoxCall {
+  WindowHandle parent;
+  std::string prompt;
+  int style;
+  std::string title;
+};
+
+class RecordingHost : public Host {
+ public:
+  int MsgBox(WindowHandle parent, const std::string& prompt, int style, const std::string& title) override {
+    calls.push_back({parent, prompt, style, title});
+    if (onBox) onBox();
+    return MsgBoxResult::OK;
+  }
+  std::vector<BoxCall> calls;
+  std::function<void()> onBox;
+};
+
+// A private temporary directory for the log, a recording host, and one fresh CDebug per test.
+class CDebugTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "cvn-cdebug-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    m_dir = pattern;
+    m_os.SetTempPath(m_dir.string() + "/");
+    Host::SetCurrent(&m_host);
+    m_debug.SupportMessage.Connect([this](const std::string& block) {
+      m_events.push_back(block);
+      if (m_onEvent) m_onEvent();
+    });
+    m_debug.PropertyChanged.Connect([this](const std::string& name) { m_changes.push_back(name); });
+  }
+  void TearDown() override {
+    Host::SetCurrent(nullptr);
+    std::error_code ec;
+    fs::remove_all(m_dir, ec);
+  }
+
+  fs::path LogFile() const { return m_dir / "CvnScope.DBG"; }
+  std::string Log() const { return ReadFile(LogFile()); }
+
+  fs::path m_dir;
+  FakeOs m_os;
+  ScopedOs m_scopedOs{m_os};
+  RecordingHost m_host;
+  CDebug m_debug;
+  std::vector<std::string> m_events;
+  std::vector<std::string> m_changes;
+  std::function<void()> m_onEvent;
+};
+
+const std::string ASSERT_BLOCK =
+    "Error Code: -2147221453 0x80040033\r\n"
+    "Assertion: false\r\n"
+    "At: <time>\r\n"
+    "File: CCvn73100EZ\r\n"
+    "Function: Let TXDelay\r\n"
+    "Location: Else\r\n"
+    "\r\n";
+
+struct ModeCase {
+  std::int32_t set;
+  std::int32_t mode;
+};
+
+TEST_F(CDebugTest, ModeKeepsOnlyTheFourSwitchBits) {
+  const ModeCase cases[] = {{0, 0},  {1, 1},   {2, 2},   {4, 4},  {8, 8},          {5, 5},
+                            {15, 15}, {16, 0}, {17, 1}, {31, 15}, {-1, 15}, {0x7FFFFFF0, 0}};
+  for (const ModeCase& c : cases) {
+    SCOPED_TRACE(c.set);
+    CDebug debug;
+    std::vector<std::string> changes;
+    debug.PropertyChanged.Connect([&](const std::string& name) { changes.push_back(name); });
+    debug.SetMode(c.set);
+    EXPECT_EQ(debug.Mode(), c.mode);
+    EXPECT_EQ(debug.CalculateMode(), c.mode);
+    // Only a value equal to the current mode (0) is a no-op; 16 is not, although it ends at 0 again.
+    EXPECT_EQ(changes, c.set == 0 ? std::vector<std::string>{} : std::vector<std::string>{"DebugMode"});
+  }
+}
+
+TEST_F(CDebugTest, Mode16SwitchesEverythingOff) {
+  m_debug.SetMode(15);
+  m_debug.Trace("before", "", "", "");
+  const std::string logBefore = Log();
+  m_debug.SetMode(16);
+  EXPECT_EQ(m_debug.Mode(), 0);
+  m_debug.Assert(false, "false", "C", "P", "");
+  m_debug.Message(5, "text", "C", "P", "");
+  m_debug.Trace("after", "", "", "");
+  EXPECT_TRUE(m_events.empty());
+  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_EQ(Log(), logBefore);
+}
+
+TEST_F(CDebugTest, SettingMode2TwiceStartsTheLogOnce) {
+  m_debug.SetMode(2);
+  m_debug.Trace("kept", "", "", "");
+  m_debug.SetMode(2);
+  EXPECT_NE(Log().find("Trace: kept"), std::string::npos);
+  EXPECT_EQ(m_changes, std::vector<std::string>{"DebugMode"});
+}
+
+TEST_F(CDebugTest, SwitchingTheLogOnAgainStartsAFreshFile) {
+  m_debug.SetMode(2);
+  m_debug.Trace("old run", "", "", "");
+  m_debug.SetMode(0);
+  m_debug.SetMode(2);
+  EXPECT_EQ(Log(), "");
+}
+
+TEST_F(CDebugTest, AllSwitchesOffProduceNothing) {
+  m_debug.Assert(false, "false", "C", "P", "L");
+  m_debug.Message(1, "text", "C", "P", "L");
+  m_debug.Trace("text", "C", "P", "L");
+  EXPECT_TRUE(m_events.empty());
+  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_FALSE(fs::exists(LogFile()));
+}
+
+TEST_F(CDebugTest, AssertSwitchAloneProducesNothing) {
+  m_debug.SetMode(CDebug::MODE_ASSERT);
+  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
+  m_debug.Message(1, "text", "C", "P", "");
+  m_debug.Trace("text", "", "", "");
+  EXPECT_TRUE(m_events.empty());
+  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_FALSE(fs::exists(LogFile()));
+}
+
+TEST_F(CDebugTest, FailedAssertionIsAppendedToTheLogAsOneLine) {
+  m_debug.SetMode(CDebug::MODE_LOG);
+  m_debug.Assert(true, "true", "CCvn73100EZ", "Let TXDelay", "Else");
+  EXPECT_EQ(Log(), "");
+  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
+  // The block ends with its empty line; the write adds one more line end.
+  EXPECT_EQ(MaskTime(Log()), ASSERT_BLOCK + "\r\n");
+  EXPECT_EQ(m_debug.LogPath(), LogFile().string());
+  EXPECT_TRUE(m_events.empty());
+  EXPECT_TRUE(m_host.calls.empty());
+}
+
+struct BlockCase {
+  const char* name;
+  bool isAssert;
+  std::int32_t code;
+  std::string text, className, procedure, location;
+  std::string block;
+};
+
+TEST_F(CDebugTest, MessageBlocksByteForByte) {
+  const BlockCase cases[] = {
+      {"assertion", true, 0, "false", "CCvn73100EZ", "Let TXDelay", "Else", ASSERT_BLOCK},
+      {"assertion without expression", true, 0, "", "C", "", "",
+       "Error Code: -2147221453 0x80040033\r\nAt: <time>\r\nFile: C\r\n\r\n"},
+      {"message, all parts", false, -2147221124, "Invalid property value.", "CIOConfiguration", "Let ActiveIOPort", "1",
+       "Error Code: -2147221124 0x8004017C\r\nInvalid property value.\r\nAt: <time>\r\nFile: CIOConfiguration\r\n"
+       "Function: Let ActiveIOPort\r\nLocation: 1\r\n\r\n"},
+      {"message, nothing but the code", false, 0, "", "", "", "", "Error Code: 0 0x0\r\nAt: <time>\r\n\r\n"},
+      {"positive code, location only", false, 380, "", "", "", "End",
+       "Error Code: 380 0x17C\r\nAt: <time>\r\nLocation: End\r\n\r\n"},
+      {"minus one", false, -1, "x", "", "P", "", "Error Code: -1 0xFFFFFFFF\r\nx\r\nAt: <time>\r\nFunction: P\r\n\r\n"},
+  };
+  m_debug.SetMode(CDebug::MODE_EVENT);
+  for (const BlockCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    m_events.clear();
+    if (c.isAssert)
+      m_debug.Assert(false, c.text, c.className, c.procedure, c.location);
+    else
+      m_debug.Message(c.code, c.text, c.className, c.procedure, c.location);
+    ASSERT_EQ(m_events.size(), 1u);
+    EXPECT_EQ(MaskTime(m_events[0]), c.block);
+  }
+  EXPECT_FALSE(fs::exists(LogFile()));
+}
+
+struct TraceCase {
+  std::string text, className, procedure, location;
+  std::string line;
+};
+
+TEST_F(CDebugTest, TraceLinesByteForByte) {
+  const TraceCase cases[] = {
+      {"", "", "", "", "Trace:\r\n"},
+      {"x", "", "Go", "", "Trace: x -- At: Function: Go; \r\n"},
+      {"x", "", "", "", "Trace: x\r\n"},
+      {"UserControl_Initialize", "Cvn73100Scope", "", "", "Trace: UserControl_Initialize -- At: File: Cvn73100Scope; \r\n"},
+      {"t", "C", "P", "Start", "Trace: t -- At: File: C; Function: P; Location: Start\r\n"},
+      {"", "", "", "L", "Trace: -- At: Location: L\r\n"},
+  };
+  for (const TraceCase& c : cases) {
+    EXPECT_EQ(CDebug::FormatTraceLine(c.text, c.className, c.procedure, c.location), c.line) << c.line;
+  }
+}
+
+TEST_F(CDebugTest, TraceGoesOnlyToTheLog) {
+  m_debug.SetMode(CDebug::MODE_EVENT | CDebug::MODE_MESSAGE_BOX);
+  m_debug.Trace("x", "", "Go", "");
+  EXPECT_TRUE(m_events.empty());
+  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_FALSE(fs::exists(LogFile()));
+
+  m_debug.SetMode(CDebug::MODE_LOG);
+  m_debug.Trace("", "", "", "");
+  m_debug.Trace("x", "", "Go", "");
+  // Each trace line ends with CR LF, and the write adds its own line end as for a message block.
+  EXPECT_EQ(Log(), "Trace:\r\n\r\nTrace: x -- At: Function: Go; \r\n\r\n");
+}
+
+TEST_F(CDebugTest, MessageBoxShowsTheBlockThroughTheHost) {
+  m_debug.SetMode(CDebug::MODE_MESSAGE_BOX);
+  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
+  ASSERT_EQ(m_host.calls.size(), 1u);
+  EXPECT_EQ(m_host.calls[0].parent, 0);
+  EXPECT_EQ(m_host.calls[0].style, 65600);
+  EXPECT_EQ(m_host.calls[0].title, "Remote Support Assistant");
+  EXPECT_EQ(MaskTime(m_host.calls[0].prompt), ASSERT_BLOCK);
+  EXPECT_TRUE(m_events.empty());
+}
+
+TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
+  m_debug.SetMode(CDebug::MODE_EVENT | CDebug::MODE_LOG | CDebug::MODE_MESSAGE_BOX);
+  std::string logAtEvent = "unset", logAtBox = "unset";
+  m_onEvent = [&] { logAtEvent = Log(); };
+  m_host.onBox = [&] { logAtBox = Log(); };
+  m_debug.Message(7, "order", "", "", "");
+  ASSERT_EQ(m_events.size(), 1u);
+  ASSERT_EQ(m_host.calls.size(), 1u);
+  EXPECT_EQ(m_host.calls[0].prompt, m_events[0]);
+  EXPECT_EQ(logAtEvent, "");
+  EXPECT_EQ(logAtBox, m_events[0] + "\r\n");
+}
+
+TEST_F(CDebugTest, LogFileIsPrivateWhetherNewOrLeftOver) {
+  const auto privateMode = [&] {
+    struct stat st {};
+    EXPECT_EQ(::lstat(LogFile().c_str(), &st), 0);
+    EXPECT_TRUE(S_ISREG(st.st_mode));
+    return st.st_mode & 0777;
+  };
+  const mode_t old = ::umask(0);
+  m_debug.SetMode(CDebug::MODE_LOG);
+  ::umask(old);
+  EXPECT_EQ(privateMode(), 0600u);
+
+  m_debug.SetMode(0);
+  WriteFile(LogFile(), "someone else's text");
+  ASSERT_EQ(::chmod(LogFile().c_str(), 0644), 0);
+  m_debug.SetMode(CDebug::MODE_LOG);
+  EXPECT_EQ(privateMode(), 0600u);
+  EXPECT_EQ(Log(), "");
+}
+
+TEST_F(CDebugTest, SymbolicLinkAtTheLogPathIsRefused) {
+  const fs::path target = m_dir / "victim";
+  WriteFile(target, "keep");
+  struct When {
+    const char* name;
+    bool logOnBeforeLink;
+  };
+  for (const When when : {When{"while starting the log", false}, When{"while appending", true}}) {
+    SCOPED_TRACE(when.name);
+    CDebug debug;
+    fs::remove(LogFile());
+    if (when.logOnBeforeLink) {
+      debug.SetMode(CDebug::MODE_LOG);
+      fs::remove(LogFile());
+    }
+    fs::create_symlink(target, LogFile());
+    try {
+      if (when.logOnBeforeLink)
+        debug.Trace("through the link", "", "", "");
+      else
+        debug.SetMode(CDebug::MODE_LOG);
+      ADD_FAILURE() << "no error";
+    } catch (const ScopeError& error) {
+      EXPECT_NE(std::string(error.Description()).find("symbolic link"), std::string::npos) << error.Description();
+    }
+    EXPECT_EQ(ReadFile(target), "keep");
+    EXPECT_TRUE(fs::is_symlink(LogFile()));
+  }
+}
+
+TEST_F(CDebugTest, OverlongTemporaryPathPutsTheLogInTheCurrentDirectory) {
+  // The path arrives in a 255-character buffer: 253 characters and its NUL fit, 254 do not.
+  const auto dirOfLength = [&](std::size_t length) {
+    std::string dir = m_dir.string() + "/";
+    dir += std::string(length - dir.size() - 1, 'd');
+    fs::create_directories(dir);
+    return dir + "/";
+  };
+  const std::string fits = dirOfLength(253);
+  m_os.SetTempPath(fits);
+  CDebug first;
+  first.SetMode(CDebug::MODE_LOG);
+  EXPECT_EQ(first.LogPath(), fits + "CvnScope.DBG");
+
+  struct WorkIn {
+    fs::path previous = fs::current_path();
+    explicit WorkIn(const fs::path& dir) { fs::current_path(dir); }
+    ~WorkIn() { fs::current_path(previous); }
+  };
+  m_os.SetTempPath(dirOfLength(254));
+  CDebug second;
+  {
+    WorkIn inTestDir(m_dir);
+    second.SetMode(CDebug::MODE_LOG);
+  }
+  EXPECT_EQ(second.LogPath(), "CvnScope.DBG");
+  EXPECT_TRUE(fs::exists(LogFile()));
+}
+
+struct SwitchCase {
+  const char* key;
+  std::int32_t bit;
+};
+const SwitchCase SWITCHES[] = {
+    {"DebugEnableEvent", CDebug::MODE_EVENT},
+    {"DebugEnableMessageBox", CDebug::MODE_MESSAGE_BOX},
+    {"DebugEnableMessageLog", CDebug::MODE_LOG},
+    {"DebugAssert", CDebug::MODE_ASSERT},
+};
+
+TEST_F(CDebugTest, EachSwitchIsSavedUnderItsKey) {
+  for (const SwitchCase& s : SWITCHES) {
+    SCOPED_TRACE(s.key);
+    CDebug debug;
+    debug.SetMode(s.bit);
+    MemoryPropertyBag bag;
+    debug.WriteProperties(bag);
+    ASSERT_EQ(bag.Entries().size(), 1u);
+    EXPECT_EQ(bag.Entries()[0].first, s.key);
+    EXPECT_EQ(bag.Entries()[0].second, Variant(true));
+
+    CDebug restored;
+    restored.ReadProperties(bag);
+    EXPECT_EQ(restored.Mode(), s.bit);
+  }
+}
+
+TEST_F(CDebugTest, AllSwitchesAreWrittenInOrderAndDefaultsAreNotStored) {
+  MemoryPropertyBag bag;
+  bag.Set("DebugAssert", true);  // a value equal to its default replaces an earlier one
+  m_debug.WriteProperties(bag);
+  EXPECT_TRUE(bag.Entries().empty());
+
+  m_debug.SetMode(15);
+  m_debug.WriteProperties(bag);
+  std::vector<std::string> keys;
+  for (const auto& entry : bag.Entries()) keys.push_back(entry.first);
+  EXPECT_EQ(keys, (std::vector<std::string>{"DebugEnableEvent", "DebugEnableMessageBox", "DebugEnableMessageLog",
+                                            "DebugAssert"}));
+}
+
+TEST_F(CDebugTest, ReadingTheLogSwitchStartsAFreshLog) {
+  WriteFile(LogFile(), "previous run");
+  MemoryPropertyBag bag;
+  bag.Set("DebugEnableMessageLog", true);
+  m_debug.ReadProperties(bag);
+  EXPECT_EQ(m_debug.Mode(), CDebug::MODE_LOG);
+  EXPECT_EQ(Log(), "");
+
+  // Reading a bag without the keys switches everything off again (the defaults are False).
+  m_debug.ReadProperties(MemoryPropertyBag());
+  EXPECT_EQ(m_debug.Mode(), 0);
+}
+
+}  // namespace
+}  // namespace cvn73100
