@@ -1,0 +1,80 @@
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+#include "cli/CliContext.h"
+#include "dialogs/LanguageSelection.h"
+#include "dialogs/Messages.h"
+#include "ioconfig/CIOconfiguration.h"
+
+namespace cvn73100 {
+
+std::string JsonString(const std::string& text) {
+  std::ostringstream out;
+  out << '"';
+  for (unsigned char c : text) {
+    switch (c) {
+      case '"': out << "\\\""; break;
+      case '\\': out << "\\\\"; break;
+      case '\n': out << "\\n"; break;
+      case '\r': out << "\\r"; break;
+      case '\t': out << "\\t"; break;
+      default:
+        if (c < 0x20) {
+          char buffer[8];
+          std::snprintf(buffer, sizeof buffer, "\\u%04x", c);
+          out << buffer;
+        } else {
+          out << c;
+        }
+    }
+  }
+  out << '"';
+  return out.str();
+}
+
+int ReportError(CliContext& context, const ScopeError& error) {
+  if (context.json) {
+    context.out << "{\"error\": {\"number\": " << error.Number() << ", \"source\": " << JsonString(error.Source())
+                << ", \"description\": " << JsonString(error.Description()) << "}}\n";
+  } else {
+    context.err << "Error " << error.Number() << ": " << ConsoleHost::ToTerminal(error.Source()) << ": "
+                << ConsoleHost::ToTerminal(error.Description()) << "\n";
+  }
+  return 1;
+}
+
+void RegisterBasicCommands(CLI::App& app, CliContext& context) {
+  auto* address = app.add_subcommand("address", "Check an instrument address: print its canonical and automation-server forms");
+  static std::string addressText;
+  static bool dtrOnly = false;
+  address->add_option("ADDRESS", addressText, "e.g. GPIB0::7::INSTR, COM2::Baud=19200,Handshake=DTR_DSR")->required();
+  address->add_flag("--dtr-only", dtrOnly, "Serial ports may use only DTR/DSR handshaking");
+  address->callback([&context] {
+    CIOconfiguration configuration;
+    configuration.SetDTROnly(dtrOnly);
+    configuration.SetActiveAddressString(addressText);
+    if (context.json) {
+      context.out << "{\"address\": " << JsonString(configuration.ActiveAddressString())
+                  << ", \"automationServerAddress\": " << JsonString(configuration.ActiveAutomationServerAddress())
+                  << "}\n";
+    } else {
+      context.out << configuration.ActiveAddressString() << "\n"
+                  << configuration.ActiveAutomationServerAddress() << "\n";
+    }
+  });
+
+  auto* message = app.add_subcommand("message", "Print a text of the message catalogue (in the language of --country)");
+  static int number = 0;
+  message->add_option("NUMBER", number, "Message number, e.g. 106")->required();
+  message->callback([&context] {
+    // Checked, not selected: printing a message must not install help files.
+    const int base = context.countryCode != 0 ? LanguageSelection::Check(context.countryCode).base : Messages::LanguageBase();
+    const std::string text = Messages::LoadIn(base, number);
+    if (context.json)
+      context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";
+    else
+      context.out << ConsoleHost::ToTerminal(text) << "\n";
+  });
+}
+
+}  // namespace cvn73100
