@@ -13,6 +13,17 @@ MessageOptionResult Host::ShowMessageOption(const MessageOptionRequest& request)
   return result;
 }
 
+int Host::MsgBoxPlaced(WindowHandle parent, const std::string& prompt, int style, const std::string& title,
+                       const Placement&, const std::string&, int) {
+  return MsgBox(parent, prompt, style, title);
+}
+
+void Host::ShowAboutBox(const std::string& title, const std::vector<std::string>& lines) {
+  std::string text;
+  for (const auto& line : lines) text += (text.empty() ? "" : "\r\n") + line;
+  MsgBox(0, text, MsgBoxStyle::OKOnly | MsgBoxStyle::Information, title);
+}
+
 std::optional<FileDialogResult> Host::GetOpenFileName(const FileDialogRequest&) { return std::nullopt; }
 std::optional<FileDialogResult> Host::GetSaveFileName(const FileDialogRequest&) { return std::nullopt; }
 

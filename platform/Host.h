@@ -1,7 +1,9 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cvn73100 {
@@ -22,6 +24,19 @@ inline constexpr int OK = 1;
 inline constexpr int Cancel = 2;
 }  // namespace MsgBoxResult
 
+// A window's position and size in screen pixels.
+struct Rect {
+  int left = 0;
+  int top = 0;
+  int width = 0;
+  int height = 0;
+  bool operator==(const Rect&) const = default;
+};
+
+// Where a box goes, given its own rectangle once the host has laid it out and its parent's rectangle.
+// The control decides (control/AutoCenter); the host calls it and moves the box there, keeping its size.
+using Placement = std::function<Rect(const Rect& box, const Rect& parent)>;
+
 // The message-with-option dialog: a message, an option check box, and one of two button modes.
 struct MessageOptionRequest {
   WindowHandle parent = 0;
@@ -31,6 +46,7 @@ struct MessageOptionRequest {
   bool optionChecked = false;
   bool continueCancel = false;  // Continue and Cancel (Cancel answers Escape); otherwise OK alone
   bool placeOnParent = true;    // centre on the parent's rectangle, kept inside the screen
+  Placement placement;          // when set, the exact rule for placeOnParent
 };
 struct MessageOptionResult {
   int button = MsgBoxResult::OK;  // MsgBoxResult::OK for OK or Continue, MsgBoxResult::Cancel for Cancel
@@ -72,6 +88,21 @@ class Host {
   virtual std::string ClipboardText() { return {}; }
   // Lets a user interface repaint during long work on its thread.
   virtual void ProcessEvents() {}
+
+  // A modal message box placed by `place` over `parent` (null `place`: the host's own placement). The
+  // help file and context go with the box only when both are given. The default is MsgBox.
+  virtual int MsgBoxPlaced(WindowHandle parent, const std::string& prompt, int style, const std::string& title,
+                           const Placement& place, const std::string& helpFile, int helpContext);
+  // Shows the control's property pages (their class names, in order) in the host's property frame,
+  // opening on pages[initialPage]. The default shows nothing.
+  virtual void ShowPropertyPages(const std::vector<std::string>& pages, int initialPage) {
+    (void)pages;
+    (void)initialPage;
+  }
+  // The screen's width and height in pixels.
+  virtual std::pair<int, int> ScreenSizeInPixels() { return {1920, 1080}; }
+  // The About box: a title, its lines and one OK button. The default is a message box of the lines.
+  virtual void ShowAboutBox(const std::string& title, const std::vector<std::string>& lines);
 
   static Host& Current();
   // Installs `host` for the process; nullptr restores the silent default. The caller keeps ownership.

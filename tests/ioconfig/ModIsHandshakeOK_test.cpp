@@ -1,0 +1,187 @@
+#include "ioconfig/ModIsHandshakeOK.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "diagnostics/CDebug.h"
+#include "dialogs/FrmMessageOption.h"
+#include "dialogs/Messages.h"
+#include "discovery/CQueryInstrument.h"
+#include "platform/ScopeError.h"
+#include "tests/control/ScriptedHost.h"
+
+namespace cvn73100 {
+namespace {
+
+const std::string kSupported = "Corvane Technologies," + CQueryInstrument::SupportedModels()[0] + ",QX1,A.02.10";
+const std::string kUnsupported = "Corvane Technologies,73199B,QX1,A.02.10";
+
+class IsHandshakeOKTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Messages::SetLanguageBase(Messages::ENGLISH);
+    CDebug::SetInstance(std::make_shared<CDebug>());
+    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
+    CDebug::Instance().SupportMessage.Connect([this](const std::string& m) { messages.push_back(m); });
+  }
+  void TearDown() override {
+    Messages::SetLanguageBase(Messages::ENGLISH);
+    CDebug::SetInstance(nullptr);
+  }
+
+  bool Check(const std::string& address, const std::string& idn, WindowHandle parent = 7) {
+    return IsHandshakeOK(address, idn, parent, dontShow, last, shown, false, true);
+  }
+
+  test::ScriptedHost host;
+  test::ScopedHost scoped{host};
+  std::vector<std::string> messages;
+  bool dontShow = false;
+  std::string last = "unsettled";
+  bool shown = true;
+};
+
+TEST_F(IsHandshakeOKTest, SettlesWithoutAWarningWhenNoneIsNeeded) {
+  const struct {
+    const char* address;
+    std::string idn;
+    const char* before;
+    const char* after;
+  } cases[] = {
+      {"gpib0::7", kSupported, "", "GPIB0::7::INSTR"},
+      {"GPIB1::3::INSTR", "", "COM1", "GPIB1::3::INSTR"},
+      {"COM1::Handshake=DTR_DSR", kSupported, "", "COM1::Handshake=DTR_DSR"},
+      {"com2::baud=19200", kUnsupported, "", "COM2::Baud=19200"},
+      {"COM1", "no comma here", "", "COM1"},
+      // An empty reply clears the settled address.
+      {"COM1", "", "COM1", ""},
+      // Already settled for this very address.
+      {"COM3", kSupported, "COM3", "COM3"},
+  };
+  for (const auto& c : cases) {
+    last = c.before;
+    shown = true;
+    EXPECT_TRUE(Check(c.address, c.idn)) << c.address;
+    EXPECT_FALSE(shown) << c.address;
+    EXPECT_EQ(last, c.after) << c.address;
+  }
+  EXPECT_TRUE(host.optionDialogs.empty());
+  EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(IsHandshakeOKTest, WarnsOncePerAddress) {
+  last = "";
+  EXPECT_FALSE(Check("COM1", kSupported));
+  EXPECT_TRUE(shown);
+  EXPECT_EQ(last, "COM1");
+  EXPECT_FALSE(dontShow);
+  EXPECT_TRUE(Check("COM1", kSupported));
+  EXPECT_FALSE(shown);
+  // Another address is another question.
+  EXPECT_FALSE(Check("COM1::Baud=19200", kSupported));
+  EXPECT_EQ(host.optionDialogs.size(), 2u);
+  EXPECT_EQ(last, "COM1::Baud=19200");
+}
+
+TEST_F(IsHandshakeOKTest, RemembersTheTickedOption) {
+  last = "";
+  host.optionAnswers.push_back(MessageOptionResult{MsgBoxResult::Cancel, true});
+  MessageOptionResult result;
+  EXPECT_TRUE(IsHandshakeOK("COM2", kSupported, 7, dontShow, last, shown, false, true, &result));
+  EXPECT_TRUE(shown);
+  EXPECT_TRUE(dontShow);
+  EXPECT_EQ(result.button, MsgBoxResult::Cancel);
+  // From now on nothing is asked and nothing is settled.
+  EXPECT_TRUE(Check("COM4", kSupported));
+  EXPECT_FALSE(shown);
+  EXPECT_EQ(last, "COM2");
+  EXPECT_EQ(host.optionDialogs.size(), 1u);
+}
+
+TEST_F(IsHandshakeOKTest, ShowsTheEnglishWarningOnItsParentWithinTheScreen) {
+  host.screenSize = {1280, 1024};
+  host.boxRect = {0, 0, 400, 200};
+  host.parentRect = {1000, 100, 400, 200};
+  last = "";
+  IsHandshakeOK("COM1", kSupported, 7, dontShow, last, shown, true, false);
+  ASSERT_EQ(host.optionDialogs.size(), 1u);
+  const MessageOptionRequest& r = host.optionDialogs[0].request;
+  EXPECT_EQ(r.message,
+            "The Handshake setting for the current COM port is not correct.\r\n"
+            "\r\n"
+            "To ensure proper communication with the instrument:\r\n"
+            "\r\n"
+            "---- On the property pages, set the Handshake mode to DTR/DSR.\r\n"
+            "---- On the Instrument, set the Handshake mode to DTR.\r\n"
+            "---- Verify that you have the correct RS-232 cable.\r\n"
+            "\r\n"
+            "Go to the Set I/O or Search Criteria property page to set the Handshake to DTR/DSR.");
+  EXPECT_EQ(r.option, "Do not show this message again");
+  EXPECT_EQ(r.title, "Instrument I/O Configuration");
+  EXPECT_TRUE(r.optionChecked);
+  EXPECT_FALSE(r.continueCancel);
+  EXPECT_EQ(host.optionDialogs[0].placedAt, (Rect{600, 100, 400, 200}));
+}
+
+TEST_F(IsHandshakeOKTest, ShowsTheShortWarningInOtherLanguages) {
+  Messages::SetLanguageBase(Messages::FRENCH);
+  last = "";
+  Check("COM1", kSupported);
+  ASSERT_EQ(host.optionDialogs.size(), 1u);
+  const MessageOptionRequest& r = host.optionDialogs[0].request;
+  EXPECT_EQ(r.message, Messages::Load(711) + "\r\n\r\n" + Messages::Load(712) + "\r\n\r\n" + Messages::Load(713));
+  EXPECT_EQ(r.option, Messages::Load(714));
+  EXPECT_EQ(r.title, Messages::Load(104));
+}
+
+TEST_F(IsHandshakeOKTest, ReportsAMissingParentAndRefusesABadAddress) {
+  Check("GPIB0::7::INSTR", kSupported, 0);
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_NE(messages[0].find("Assertion: hwndParent <> 0\r\nAt: "), std::string::npos);
+  EXPECT_NE(messages[0].find("File: IsHandshakeOK.bas\r\n"), std::string::npos);
+
+  last = "kept";
+  try {
+    Check("COM5", kSupported);
+    FAIL() << "COM5 accepted";
+  } catch (const ScopeError& e) {
+    EXPECT_EQ(e.Number(), ObjectError(ERR_INVALID_PROPERTY_VALUE));
+  }
+  EXPECT_EQ(last, "kept");
+}
+
+TEST(HandshakeOKWarningDialogTest, ReportsTheButtonAndTheOption) {
+  MessageOptionRequest request;
+  request.message = "m";
+  request.option = "o";
+  for (const bool continueCancel : {true, false}) {
+    request.continueCancel = continueCancel;
+    FrmMessageOption form(request);
+    using B = FrmMessageOption::Button;
+    // A hidden button does nothing.
+    form.Click(continueCancel ? B::OK : B::Cancel);
+    EXPECT_FALSE(form.Closed());
+    form.SetOptionChecked(true);
+    form.PressEscape();
+    EXPECT_TRUE(form.Closed());
+    EXPECT_EQ(form.Result().button, continueCancel ? MsgBoxResult::Cancel : MsgBoxResult::OK);
+    EXPECT_TRUE(form.Result().optionChecked);
+  }
+}
+
+TEST_F(IsHandshakeOKTest, DialogTakesANamedFontOnlyAndReportsAnEmptyOption) {
+  FrmMessageOption form(MessageOptionRequest{});
+  form.SetControlFont("", 12);
+  EXPECT_EQ(form.FontName(), "");
+  form.SetControlFont("Arial", 12);
+  EXPECT_EQ(form.FontSize(), 12);
+  form.Discover();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_NE(messages[0].find("Assertion: (Len(m_strOption) > 0)\r\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace cvn73100
