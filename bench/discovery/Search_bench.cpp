@@ -1,0 +1,122 @@
+// A full default search (every COM port, GPIB0 addresses 0..30) with one supported instrument on the
+// simulated bus at GPIB0::7 and three silent COM ports, through the control and its Search Instruments page.
+//
+// The identification query waits on purpose: before and after each serial exchange it holds the handshake
+// lines down, it pauses after each write, and a silent port costs the full reply time limit. The sum of these
+// mandated waits is the floor of the search's wall time; the benchmark reports the wall time against it
+// (goal: within 5%) and the CPU time of the whole process against the wall time (goal: under 5% of one core).
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "control/Cvn73100Scope.h"
+#include "discovery/CQueryInstrument.h"
+#include "discovery/Cvn73100PPSrchIO.h"
+#include "discovery/FrmSearchResults.h"
+#include "iolib/BoardMap.h"
+#include "iolib/IOManager.h"
+#include "iolib/SimulatedBus.h"
+#include "platform/Components.h"
+#include "server/Cvn73100Server.h"
+#include "simulator/Instrument.h"
+
+namespace {
+
+using namespace cvn73100;
+
+constexpr int kSilentComPorts = 3;
+constexpr int kListeners = 1;
+
+class QuietView : public ISearchInstrumentsView {
+ public:
+  WindowHandle Window() const override { return 1; }
+  void ShowRows(const std::vector<InstrumentRow>& r, std::int32_t) override { rows = r.size(); }
+  void SetWorkingText(const std::string&) override {}
+  void SetMessage(const std::string&, bool) override {}
+  void EnableTest(bool) override {}
+  void SetChanged(bool) override {}
+  void ShowSearchResults(FrmSearchResults& dialog) override { dialog.CommandContinue_Click(); }
+  std::size_t rows = 0;
+};
+
+// What one query mandates, in ms: a silent COM port drops the handshake lines (settle + delay) before and
+// after the exchange, pauses after each of its two writes and waits out the reply limit; a GPIB listener
+// pauses once after its write; an empty GPIB address refuses the write at once.
+double MandatedWaitsMs(std::int32_t txDelay) {
+  const double silentCom =
+      2.0 * (CQueryInstrument::SETTLE_MS + txDelay) + 2.0 * txDelay + CQueryInstrument::REPLY_TIMEOUT_MS;
+  return kSilentComPorts * silentCom + kListeners * txDelay;
+}
+
+double ProcessCpuSeconds() {
+  timespec ts{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+  return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
+}
+
+void BM_DefaultSearch(benchmark::State& state) {
+  auto manager = std::make_shared<io::IOManager>(
+      io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "bench"));
+  auto bus = std::make_shared<io::SimulatedBus>();
+  bus->Attach(7, std::make_shared<sim::Instrument>());
+  manager->SetSimulatedBus(0, bus);
+  sim::Faults silent;
+  silent.silent = true;
+  for (int port = 1; port <= kSilentComPorts; ++port)
+    manager->SetSimulatedSerialInstrument(port,
+                                          std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0}));
+  Components::SetIOManagerFactory([manager] { return manager; });
+
+  double wallMs = 0;
+  double cpuMs = 0;
+  std::int32_t txDelay = 0;
+  for (auto _ : state) {
+    Cvn73100Scope control;
+    QuietView view;
+    Cvn73100PPSrchIO page(view);
+    page.PropertyPage_SelectionChanged(&control);
+    page.TimerInstrumentDiscovery_Timer();
+    txDelay = control.TXDelay();
+
+    const auto start = std::chrono::steady_clock::now();
+    const double cpuStart = ProcessCpuSeconds();
+    page.Search_Click();
+    const double cpu = ProcessCpuSeconds() - cpuStart;
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    state.SetIterationTime(wall.count());
+    wallMs += wall.count() * 1e3;
+    cpuMs += cpu * 1e3;
+    if (page.Rows().size() != 31 || page.Rows()[7].supported.empty()) state.SkipWithError("unexpected list");
+  }
+  const double iterations = static_cast<double>(state.iterations());
+  state.counters["mandated_ms"] = MandatedWaitsMs(txDelay);
+  state.counters["wall_ms"] = wallMs / iterations;
+  state.counters["wall_over_waits"] = wallMs / iterations / MandatedWaitsMs(txDelay);
+  state.counters["cpu_share"] = cpuMs / wallMs;
+  Components::SetIOManagerFactory(nullptr);
+}
+
+BENCHMARK(BM_DefaultSearch)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1)->Repetitions(3);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  static char tempDir[] = "/tmp/cvnsearchbench.XXXXXX";
+  if (::mkdtemp(tempDir) != nullptr) ::setenv("TMPDIR", tempDir, 1);  // the control's log goes there
+  server::RegisterAutomationServer();
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  std::printf("goals: wall_over_waits <= 1.05, cpu_share < 0.05\n");
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  std::error_code ignored;
+  std::filesystem::remove_all(tempDir, ignored);
+  return 0;
+}
