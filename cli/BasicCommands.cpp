@@ -2,9 +2,11 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
+#include "cli/FormFile.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
+#include "platform/Enumerations.h"
 
 namespace cvn73100 {
 
@@ -40,7 +42,7 @@ int ReportError(CliContext& context, const ScopeError& error) {
     context.err << "Error " << error.Number() << ": " << ConsoleHost::ToTerminal(error.Source()) << ": "
                 << ConsoleHost::ToTerminal(error.Description()) << "\n";
   }
-  return 1;
+  return ExitStatus::ERROR;
 }
 
 void RegisterBasicCommands(CLI::App& app, CliContext& context) {
@@ -67,8 +69,15 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
   static int number = 0;
   message->add_option("NUMBER", number, "Message number, e.g. 106")->required();
   message->callback([&context] {
-    // Checked, not selected: printing a message must not install help files.
-    const int base = context.countryCode != 0 ? LanguageSelection::Check(context.countryCode).base : Messages::LanguageBase();
+    // Checked, not selected: printing a message must not install help files. Without --country the
+    // form's language speaks.
+    std::int32_t country = context.countryCode;
+    if (country == 0) {
+      MemoryPropertyBag form;
+      FormFile(context.formPath).Load(form);
+      country = form.ReadLong("CountryCode", Cvn73100_Language_English);
+    }
+    const int base = LanguageSelection::Check(country).base;
     const std::string text = Messages::LoadIn(base, number);
     if (context.json)
       context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";

@@ -1,35 +1,59 @@
 #include <CLI/CLI.hpp>
+#include <exception>
 
 #include "cli/CliContext.h"
 #include "cli/FormFile.h"
+#include "iolib/IOLibrary.h"
 #include "platform/Host.h"
+#include "server/Cvn73100Server.h"
 
 using namespace cvn73100;
 
 int main(int argc, char** argv) {
   CliContext context;
   CLI::App app{"cvnscope: find, test and control 73100-family oscilloscopes over GPIB and RS-232.\n"
-               "With no I/O configuration the built-in simulated instrument answers on GPIB0."};
+               "With no I/O configuration the built-in simulated instrument answers on GPIB0.\n"
+               "Exit status: 0 done, 1 error, 2 usage, 3 cancelled at a question, 10+code for `test`."};
   app.require_subcommand(1);
   app.fallthrough();  // global options may follow the command: cvnscope message 106 --country 49
   app.set_help_all_flag("--help-all", "Show the help of every command");
   context.formPath = FormFile::DefaultPath();
-  app.add_option("--form", context.formPath, "The form file that keeps the control's properties")
-      ->capture_default_str();
+  auto* form = app.add_option("--form", context.formPath, "The form file that keeps the control's properties")
+                   ->capture_default_str();
   app.add_flag("--json", context.json, "Print results as JSON for scripts");
   app.add_flag("--yes,-y", context.assumeYes, "Answer OK to every question");
-  app.add_option("--country", context.countryCode, "Language of the messages by country code (1, 33, 34, 39, 49, 81, 82, 886)");
+  app.add_option("--country", context.countryCode,
+                 "Language of this run's messages by country code (1, 33, 34, 39, 49, 81, 82, 886); "
+                 "`config set --language` changes the form's");
 
   RegisterBasicCommands(app, context);
+  RegisterSearchCommands(app, context);
+  RegisterInstrumentCommands(app, context);
+  RegisterSetupCommands(app, context);
+  RegisterConfigCommands(app, context);
+  RegisterDemoCommand(app, context);
 
+  // The control's separate components: the I/O library and the automation server of the 73100 family.
+  io::RegisterIOLibrary();
+  server::RegisterAutomationServer();
   Host::SetCurrent(&context.host);
-  app.parse_complete_callback([&] { context.host.SetAssumeYes(context.assumeYes); });
+  app.parse_complete_callback([&] {
+    context.host.SetAssumeYes(context.assumeYes);
+    context.host.SetJson(context.json);
+    context.formGiven = form->count() > 0;
+  });
+  int status = ExitStatus::OK;
   try {
     app.parse(argc, argv);
+    status = context.exitStatus;
   } catch (const CLI::ParseError& e) {
-    return app.exit(e);
+    const int code = app.exit(e);
+    status = code == 0 ? ExitStatus::OK : ExitStatus::USAGE;
   } catch (const ScopeError& error) {
-    return ReportError(context, error);
+    status = ReportError(context, error);
+  } catch (const std::exception& error) {
+    status = ReportError(context, ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, error.what()));
   }
-  return 0;
+  Host::SetCurrent(nullptr);
+  return status;
 }

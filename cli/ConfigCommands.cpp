@@ -1,0 +1,415 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/CliContext.h"
+#include "cli/ScopeSession.h"
+#include "control/Cvn73100Scope.h"
+#include "diagnostics/CDebug.h"
+#include "ioconfig/CIOconfiguration.h"
+#include "ioconfig/IOConfigurationConstants.h"
+#include "platform/Os.h"
+
+namespace cvn73100 {
+namespace {
+
+using nlohmann::json;
+
+// Positions in the search-criteria list (CIOconfiguration::DataAsVariant).
+constexpr std::size_t CRITERIA_GPIB_INCLUDED = 1;
+constexpr std::size_t CRITERIA_GPIB_MASK = 2;
+constexpr std::size_t CRITERIA_RS232_INCLUDED = 4;
+constexpr std::size_t CRITERIA_RS232_SETTINGS = 5;
+
+const std::vector<std::string> SWITCH_WORDS = {"on", "off", "true", "false", "yes", "no", "1", "0"};
+
+bool SwitchValue(const std::string& word) {
+  std::string lower = word;
+  std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+  return lower == "on" || lower == "true" || lower == "yes" || lower == "1";
+}
+
+std::string OnOff(bool value) { return value ? "on" : "off"; }
+
+std::string LanguageName(std::int32_t code) {
+  switch (code) {
+    case Cvn73100_Language_English: return "English";
+    case Cvn73100_Language_French: return "French";
+    case Cvn73100_Language_Spanish: return "Spanish";
+    case Cvn73100_Language_Italian: return "Italian";
+    case Cvn73100_Language_German: return "German";
+    case Cvn73100_Language_Japanese: return "Japanese";
+    case Cvn73100_Language_Korean: return "Korean";
+    case Cvn73100_Language_Traditional_Chinese: return "Traditional Chinese";
+    default: return "?";
+  }
+}
+
+std::string HandshakeName(std::int32_t handshake) {
+  switch (handshake) {
+    case RS232_HandShake_XON_XOFF: return HANDSHAKE_XON_XOFF;
+    case RS232_HandShake_DTR_DSR: return HANDSHAKE_DTR_DSR;
+    default: return std::to_string(handshake);
+  }
+}
+
+// "xon-xoff", "XON_XOFF", "2"; "dtr-dsr", "DTR_DSR", "4". Anything else is passed on as a number, for the
+// configuration to refuse.
+std::int32_t HandshakeValue(const std::string& text) {
+  std::string key;
+  for (unsigned char c : text)
+    if (std::isalnum(c)) key += static_cast<char>(std::toupper(c));
+  if (key == "XONXOFF" || key == "XON") return RS232_HandShake_XON_XOFF;
+  if (key == "DTRDSR" || key == "DTR") return RS232_HandShake_DTR_DSR;
+  try {
+    return std::stoi(text);
+  } catch (const std::exception&) {
+    throw ScopeError(ERR_TYPE_MISMATCH, CLI_SOURCE, "Unknown handshake \"" + text + "\": use xon-xoff or dtr-dsr.");
+  }
+}
+
+// "0-30", "3,7,12", "0-5,9", "all", "none" -> the addresses 0..30 it names.
+std::vector<bool> AddressList(const std::string& text) {
+  std::vector<bool> included(SEARCH_CRITERIA::LAST_GPIB_INCLUDE + 1, false);
+  const auto fail = [&] {
+    return ScopeError(ERR_INVALID_PROPERTY_VALUE, CLI_SOURCE,
+                      "Not a list of GPIB addresses 0..30: \"" + text + "\" (e.g. 0-30, 3,7,12, all, none).");
+  };
+  if (text == "all") return std::vector<bool>(included.size(), true);
+  if (text == "none") return included;
+  std::stringstream stream(text);
+  std::string part;
+  while (std::getline(stream, part, ',')) {
+    int first = 0, last = 0;
+    char dash = 0;
+    std::stringstream range(part);
+    if (!(range >> first)) throw fail();
+    last = first;
+    if (range >> dash) {
+      if (dash != '-' || !(range >> last)) throw fail();
+    }
+    std::string rest;
+    if (range >> rest) throw fail();
+    if (first < SEARCH_CRITERIA::FIRST_GPIB_INCLUDE || last > SEARCH_CRITERIA::LAST_GPIB_INCLUDE || first > last)
+      throw fail();
+    for (int a = first; a <= last; ++a) included[static_cast<std::size_t>(a)] = true;
+  }
+  return included;
+}
+
+// "0-7,9,12-30".
+std::string AddressRanges(const CIOconfiguration& configuration, std::int32_t board) {
+  std::string text;
+  std::int32_t a = SEARCH_CRITERIA::FIRST_GPIB_INCLUDE;
+  while (a <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE) {
+    if (!configuration.GPIBPortIncludes(board, a)) {
+      ++a;
+      continue;
+    }
+    std::int32_t end = a;
+    while (end + 1 <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE && configuration.GPIBPortIncludes(board, end + 1)) ++end;
+    text += (text.empty() ? "" : ",") + std::to_string(a) + (end > a ? "-" + std::to_string(end) : "");
+    a = end + 1;
+  }
+  return text.empty() ? "none" : text;
+}
+
+std::string LogPath() {
+  const std::string& path = CDebug::Instance().LogPath();
+  return path.empty() ? Os::Current().TempPath() + CDebug::LOG_FILE_NAME : path;
+}
+
+json ModeJson(std::int32_t mode) {
+  return json{{"mode", mode},
+              {"messageBox", (mode & CDebug::MODE_MESSAGE_BOX) != 0},
+              {"logFile", (mode & CDebug::MODE_LOG) != 0},
+              {"event", (mode & CDebug::MODE_EVENT) != 0},
+              {"assert", (mode & CDebug::MODE_ASSERT) != 0},
+              {"log", LogPath()}};
+}
+
+void ShowConfig(CliContext& context, ScopeSession& session) {
+  Cvn73100Scope& control = session.Control();
+  const CIOconfiguration& io = *control.IOConfiguration();
+  if (context.json) {
+    json serial = json::array();
+    for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port) {
+      serial.push_back(json{{"port", io.RS232PortString(port)},
+                            {"baud", io.BaudRate(port)},
+                            {"parity", io.Parity(port)},
+                            {"handshake", HandshakeName(io.Handshake(port))},
+                            {"installed", io.RS232PortInstalled(port)},
+                            {"included", io.RS232PortIncluded(port)}});
+    }
+    json gpib = json::array();
+    for (std::int32_t board = GPIB_PORT::First; board <= GPIB_PORT::Last; ++board) {
+      gpib.push_back(json{{"port", io.GPIBPortString(board)},
+                          {"installed", io.GPIBPortInstalled(board)},
+                          {"included", io.GPIBPortIncluded(board)},
+                          {"addresses", AddressRanges(io, board)}});
+    }
+    context.out << json{{"form", session.FormPath()},
+                        {"address", control.Address()},
+                        {"automationServerAddress", control.AutomationServerAddress()},
+                        {"instrument", control.AddressInstrumentID()},
+                        {"countryCode", static_cast<std::int32_t>(control.CountryCode())},
+                        {"txDelay", control.TXDelay()},
+                        {"resetOnInitialize", control.ResetOnInitialize()},
+                        {"checkIDOnInitialize", control.CheckIDOnInitialize()},
+                        {"dtrOnly", control.DTROnly()},
+                        {"initialSearch", control.InitialSearchMode()},
+                        {"handshakeWarning", !control.DontShowIOHandshakeWarning()},
+                        {"lastHandshakeAddress", control.LastIOHandshakeAddress()},
+                        {"supportMessages", ModeJson(control.SupportMessageMode())},
+                        {"serial", serial},
+                        {"gpib", gpib}}
+                       .dump(2)
+                << "\n";
+    return;
+  }
+  std::ostream& out = context.out;
+  out << "Form:                   " << session.FormPath() << "\n"
+      << "Address:                " << control.Address() << "\n"
+      << "Server address:         " << control.AutomationServerAddress() << "\n"
+      << "Instrument:             " << (control.AddressInstrumentID().empty() ? "-" : control.AddressInstrumentID())
+      << "\n"
+      << "Language:               " << control.CountryCode() << " (" << LanguageName(control.CountryCode()) << ")\n"
+      << "TX delay:               " << control.TXDelay() << " ms\n"
+      << "Reset on initialize:    " << OnOff(control.ResetOnInitialize()) << "\n"
+      << "Check ID on initialize: " << OnOff(control.CheckIDOnInitialize()) << "\n"
+      << "DTR only:               " << OnOff(control.DTROnly()) << "\n"
+      << "Initial search:         " << OnOff(control.InitialSearchMode()) << "\n"
+      << "Handshake warning:      " << OnOff(!control.DontShowIOHandshakeWarning())
+      << (control.LastIOHandshakeAddress().empty() ? "" : " (last settled: " + control.LastIOHandshakeAddress() + ")")
+      << "\n"
+      << "Support messages:       mode " << control.SupportMessageMode() << "\n"
+      << "Serial ports:\n";
+  for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port) {
+    out << "  " << io.RS232PortString(port) << "   " << io.BaudRate(port) << " baud, parity " << io.Parity(port)
+        << ", " << HandshakeName(io.Handshake(port)) << (io.RS232PortInstalled(port) ? ", installed" : "")
+        << (io.RS232PortIncluded(port) ? ", searched" : ", excluded from searches") << "\n";
+  }
+  out << "GPIB interfaces:\n";
+  for (std::int32_t board = GPIB_PORT::First; board <= GPIB_PORT::Last; ++board) {
+    out << "  " << io.GPIBPortString(board) << "  " << (io.GPIBPortInstalled(board) ? "installed, " : "")
+        << (io.GPIBPortIncluded(board) ? "searched" : "excluded from searches") << ", addresses "
+        << AddressRanges(io, board) << "\n";
+  }
+}
+
+void Saved(CliContext& context, ScopeSession& session) {
+  const bool written = session.Finish();
+  if (context.json)
+    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump() << "\n";
+  else
+    context.out << (written ? "Saved " : "Unchanged: ") << session.FormPath() << "\n";
+}
+
+void RegisterShow(CLI::App& config, CliContext& context) {
+  auto* show = config.add_subcommand("show", "Print the control's properties kept in the form");
+  show->callback([&context] {
+    ScopeSession session(context);
+    ShowConfig(context, session);
+  });
+}
+
+void RegisterSet(CLI::App& config, CliContext& context) {
+  struct Options {
+    std::string address;
+    std::int32_t txDelay = 0;
+    std::string resetOnInitialize;
+    std::string checkIDOnInitialize;
+    std::int32_t language = 0;
+    std::string dtrOnly;
+    std::string initialSearch;
+    std::string handshakeWarning;
+  };
+  auto o = std::make_shared<Options>();
+  auto* set = config.add_subcommand("set", "Change the control's properties; the form is saved when anything changed");
+  auto* address = set->add_option("--address", o->address, "Instrument address, e.g. GPIB0::7::INSTR or COM1::Baud=19200");
+  auto* txDelay = set->add_option("--tx-delay", o->txDelay, "Pause after each write and while the serial lines are down (ms)");
+  auto* reset = set->add_option("--reset-on-init", o->resetOnInitialize, "Reset the instrument on initialize (on/off)")
+                    ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  auto* checkID = set->add_option("--check-id-on-init", o->checkIDOnInitialize,
+                                  "Refuse an unsupported instrument on initialize (on/off)")
+                      ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  auto* language = set->add_option("--language", o->language,
+                                   "Language of the messages by country code: 1, 33, 34, 39, 49, 81, 82, 886");
+  auto* dtrOnly = set->add_option("--dtr-only", o->dtrOnly, "Serial ports use DTR/DSR handshaking only (on/off)")
+                      ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  auto* initialSearch = set->add_option("--initial-search", o->initialSearch,
+                                        "A first search offers its first row for `use` (on/off)")
+                            ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  auto* warning = set->add_option("--handshake-warning", o->handshakeWarning,
+                                  "Show the RS-232 handshake warning (on/off)")
+                      ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  set->callback([&context, o, address, txDelay, reset, checkID, language, dtrOnly, initialSearch, warning] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    if (language->count()) control.SetCountryCode(o->language);
+    if (dtrOnly->count()) control.SetDTROnly(SwitchValue(o->dtrOnly));
+    if (address->count()) control.SetAddress(o->address);
+    if (txDelay->count()) control.SetTXDelay(o->txDelay);
+    if (reset->count()) control.SetResetOnInitialize(SwitchValue(o->resetOnInitialize));
+    if (checkID->count()) control.SetCheckIDOnInitialize(SwitchValue(o->checkIDOnInitialize));
+    if (initialSearch->count()) control.SetInitialSearchMode(SwitchValue(o->initialSearch));
+    if (warning->count()) control.SetDontShowIOHandshakeWarning(!SwitchValue(o->handshakeWarning));
+    Saved(context, session);
+  });
+}
+
+void RegisterSerial(CLI::App& config, CliContext& context) {
+  struct Options {
+    std::int32_t port = 1;
+    std::int32_t baud = 0;
+    std::string handshake;
+    bool include = false;
+    bool exclude = false;
+  };
+  auto o = std::make_shared<Options>();
+  auto* serial = config.add_subcommand("serial", "Change a COM port's line settings and whether searches visit it");
+  serial->add_option("PORT", o->port, "1..4 (COM1..COM4)")
+      ->required()
+      ->transform([](std::string text) {
+        if (text.size() > 3 && (text[0] == 'C' || text[0] == 'c')) text = text.substr(3);
+        return text;
+      })
+      ->check(CLI::Range(RS232_PORT::First, RS232_PORT::Last));
+  auto* baud = serial->add_option("--baud", o->baud, "1200, 2400, 9600, 19200, 38400 or 57600");
+  auto* handshake = serial->add_option("--handshake", o->handshake, "xon-xoff or dtr-dsr");
+  auto* include = serial->add_flag("--include", o->include, "Searches visit the port");
+  auto* exclude = serial->add_flag("--exclude", o->exclude, "Searches skip the port");
+  include->excludes(exclude);
+  serial->callback([&context, o, baud, handshake] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    Variant criteria = control.SearchCriteria();
+    Variant::Array& list = criteria.AsArray();
+    const auto slot = static_cast<std::size_t>(o->port - RS232_PORT::First);
+    Variant::Array& settings = list[CRITERIA_RS232_SETTINGS].AsArray()[slot].AsArray();
+    if (baud->count()) settings[SEARCH_CRITERIA::BAUD_RATE_INDEX] = Variant(o->baud);
+    if (handshake->count()) settings[SEARCH_CRITERIA::HANDSHAKE_INDEX] = Variant(HandshakeValue(o->handshake));
+    if (o->include || o->exclude) list[CRITERIA_RS232_INCLUDED].AsArray()[slot] = Variant(o->include);
+    // The configuration checks the settings of every port as it takes them.
+    control.SetSearchCriteria(criteria);
+    Saved(context, session);
+  });
+}
+
+void RegisterGpib(CLI::App& config, CliContext& context) {
+  struct Options {
+    std::int32_t board = 0;
+    std::string addresses;
+    bool include = false;
+    bool exclude = false;
+  };
+  auto o = std::make_shared<Options>();
+  auto* gpib = config.add_subcommand("gpib", "Change whether searches visit a GPIB interface, and which addresses");
+  gpib->add_option("BOARD", o->board, "0..3 (GPIB0..GPIB3)")
+      ->required()
+      ->transform([](std::string text) {
+        if (text.size() > 4 && (text[0] == 'G' || text[0] == 'g')) text = text.substr(4);
+        return text;
+      })
+      ->check(CLI::Range(GPIB_PORT::First, GPIB_PORT::Last));
+  auto* addresses = gpib->add_option("--addresses", o->addresses, "The addresses searches visit: 0-30, 3,7,12, all, none");
+  auto* include = gpib->add_flag("--include", o->include, "Searches visit the interface");
+  auto* exclude = gpib->add_flag("--exclude", o->exclude, "Searches skip the interface");
+  include->excludes(exclude);
+  gpib->callback([&context, o, addresses] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    Variant criteria = control.SearchCriteria();
+    Variant::Array& list = criteria.AsArray();
+    const auto slot = static_cast<std::size_t>(o->board - GPIB_PORT::First);
+    if (o->include || o->exclude) list[CRITERIA_GPIB_INCLUDED].AsArray()[slot] = Variant(o->include);
+    if (addresses->count()) {
+      const std::vector<bool> included = AddressList(o->addresses);
+      Variant::Array& mask = list[CRITERIA_GPIB_MASK].AsArray()[slot].AsArray();
+      for (std::size_t a = 0; a < mask.size() && a < included.size(); ++a) mask[a] = Variant(bool(included[a]));
+    }
+    control.SetSearchCriteria(criteria);
+    Saved(context, session);
+  });
+}
+
+void RegisterLog(CLI::App& app, CliContext& context) {
+  struct Options {
+    std::int32_t mode = 0;
+    bool show = false;
+  };
+  auto o = std::make_shared<Options>();
+  auto* log = app.add_subcommand(
+      "log",
+      "Support messages: print the mode and where the log file is, or set the mode.\n"
+      "Mode bits: 1 message box (printed), 2 log file, 4 event (printed on stderr), 8 assert.\n"
+      "Every cvnscope command starts a fresh log; --show prints the previous command's");
+  auto* mode = log->add_option("--mode", o->mode, "New support-message mode, 0..15")->check(CLI::Range(0, 15));
+  log->add_flag("--show", o->show, "Print the log the previous command left");
+  log->callback([&context, o, mode] {
+    // Read before the control starts its own, fresh log over it.
+    std::string previous;
+    bool found = false;
+    if (o->show) {
+      std::ifstream in(Os::Current().TempPath() + CDebug::LOG_FILE_NAME, std::ios::binary);
+      if (in) {
+        std::ostringstream text;
+        text << in.rdbuf();
+        previous = text.str();
+        found = true;
+      }
+    }
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    if (mode->count()) control.SetSupportMessageMode(o->mode);
+    const bool written = session.Finish();
+    const std::int32_t current = control.SupportMessageMode();
+    if (context.json) {
+      json result = ModeJson(current);
+      result["changed"] = written;
+      if (o->show) result["previousLog"] = found ? json(previous) : json(nullptr);
+      context.out << result.dump() << "\n";
+      return;
+    }
+    context.out << "Support-message mode: " << current << " (";
+    const char* names[] = {"message box", "log file", "event", "assert"};
+    bool any = false;
+    for (int bit = 0; bit < 4; ++bit) {
+      if ((current & (1 << bit)) == 0) continue;
+      context.out << (any ? ", " : "") << names[bit];
+      any = true;
+    }
+    context.out << (any ? "" : "off") << ")\n"
+                << "Log file: " << LogPath() << ((current & CDebug::MODE_LOG) != 0 ? "" : " (not written in this mode)")
+                << "\n";
+    if (o->show) {
+      if (!found)
+        context.out << "(no log file)\n";
+      else
+        context.out << "--- previous log ---\n" << ConsoleHost::ToTerminal(previous);
+    }
+  });
+}
+
+}  // namespace
+
+void RegisterConfigCommands(CLI::App& app, CliContext& context) {
+  auto* config = app.add_subcommand("config", "Show (default) or change the control's properties kept in the form");
+  config->require_subcommand(0, 1);
+  RegisterShow(*config, context);
+  RegisterSet(*config, context);
+  RegisterSerial(*config, context);
+  RegisterGpib(*config, context);
+  config->callback([&context, config] {
+    if (!config->get_subcommands().empty()) return;
+    ScopeSession session(context);
+    ShowConfig(context, session);
+  });
+  RegisterLog(app, context);
+}
+
+}  // namespace cvn73100

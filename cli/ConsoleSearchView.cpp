@@ -1,0 +1,146 @@
+#include "cli/ConsoleSearchView.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+
+#include "control/Cvn73100Scope.h"
+#include "discovery/Cvn73100PPSrchIO.h"
+#include "discovery/FrmSearchResults.h"
+#include "ioconfig/IOConfigurationConstants.h"
+
+namespace cvn73100 {
+namespace {
+
+constexpr int BAR_WIDTH = 30;
+
+bool AskAtTerminal(std::ostream& out, const std::string& question, bool current) {
+  out << question << (current ? " [Y/n] " : " [y/N] ") << std::flush;
+  std::string answer;
+  if (!std::getline(std::cin, answer) || answer.empty()) return current;
+  return answer[0] == 'y' || answer[0] == 'Y' || answer[0] == 'o' || answer[0] == 'O';
+}
+
+std::size_t Width(const std::string& text) {
+  // Columns on a terminal: count the first byte of each UTF-8 sequence.
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string Pad(const std::string& text, std::size_t width) {
+  const std::size_t used = Width(text);
+  return used >= width ? text : text + std::string(width - used, ' ');
+}
+
+}  // namespace
+
+ConsoleSearchView::ConsoleSearchView(CliContext& context, SilentPorts silentPorts)
+    : m_context(context), m_silentPorts(silentPorts), m_bar(::isatty(STDERR_FILENO) != 0) {}
+
+void ConsoleSearchView::ShowRows(const std::vector<InstrumentRow>& rows, std::int32_t selectedRow) {
+  m_rows = rows;
+  m_selected = selectedRow;
+}
+
+void ConsoleSearchView::SetMessage(const std::string& text, bool visible) { m_message = visible ? text : ""; }
+
+void ConsoleSearchView::ShowProgress(std::int32_t step, std::int32_t total) {
+  std::ostream& err = m_context.err;
+  if (m_bar) {
+    if (step >= total) {
+      if (m_barDrawn) err << "\r\033[K" << std::flush;
+      m_barDrawn = false;
+      return;
+    }
+    const int filled = total > 0 ? static_cast<int>(static_cast<long long>(BAR_WIDTH) * step / total) : 0;
+    err << "\r\033[K[" << std::string(static_cast<std::size_t>(filled), '#')
+        << std::string(static_cast<std::size_t>(BAR_WIDTH - filled), '.') << "] " << std::setw(3) << step << "/"
+        << total << "  " << m_working << std::flush;
+    m_barDrawn = true;
+    return;
+  }
+  if (m_context.json || step >= total) return;
+  err << "[" << std::setw(3) << step + 1 << "/" << total << "] " << m_working << "\n";
+}
+
+void ConsoleSearchView::ShowSearchResults(FrmSearchResults& dialog) {
+  std::ostream& out = m_context.json ? m_context.err : m_context.out;
+  if (m_barDrawn) ShowProgress(1, 1);
+  out << "== " << ConsoleHost::ToTerminal(dialog.Caption()) << " ==\n"
+      << ConsoleHost::ToTerminal(dialog.Heading()) << "\n"
+      << ConsoleHost::ToTerminal(dialog.Explanation()) << "\n";
+
+  const bool ask = m_silentPorts == SilentPorts::Ask && m_context.host.Interactive();
+  for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i) {
+    if (!dialog.CheckEnabled(i)) continue;
+    const bool checked = dialog.CheckValue(i) == FrmSearchResults::CHECKED;
+    bool exclude = checked;
+    if (m_silentPorts == SilentPorts::Exclude) {
+      exclude = true;
+    } else if (ask) {
+      exclude = AskAtTerminal(out,
+                              ConsoleHost::ToTerminal(dialog.FrameCaption()) + ": " + FrmSearchResults::CheckCaption(i) +
+                                  "?",
+                              checked);
+    }
+    dialog.CheckCOM1_Click(i, exclude ? FrmSearchResults::CHECKED : FrmSearchResults::UNCHECKED);
+  }
+  dialog.CommandContinue_Click();
+
+  m_excluded.clear();
+  for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i)
+    if (!dialog.IncludedCOMPort(i)) m_excluded.push_back(FrmSearchResults::CheckCaption(i));
+  out << ConsoleHost::ToTerminal(dialog.FrameCaption()) << ": ";
+  if (m_excluded.empty()) out << "-";
+  for (std::size_t i = 0; i < m_excluded.size(); ++i) out << (i ? ", " : "") << m_excluded[i];
+  out << "\n\n";
+}
+
+void RunSearch(Cvn73100PPSrchIO& page, Cvn73100Scope& control) {
+  page.PropertyPage_SelectionChanged(&control);
+  page.TimerInstrumentDiscovery_Timer();
+  page.Search_Click();
+}
+
+std::string FullAddressOfRow(const std::string& rowAddress) {
+  if (rowAddress.rfind(GPIB_PREFIX, 0) != 0) return rowAddress;
+  return rowAddress + ADDRESS_SEPARATOR + RESOURCE_CLASS;
+}
+
+std::vector<TableRow> TableRows(const std::vector<InstrumentRow>& rows, bool all) {
+  std::vector<TableRow> table;
+  for (const auto& row : rows) {
+    if (!all && row.reply.empty()) continue;
+    table.push_back(TableRow{static_cast<std::int32_t>(table.size()) + 1, row, FullAddressOfRow(row.address)});
+  }
+  return table;
+}
+
+void PrintSearchTable(std::ostream& out, const std::vector<TableRow>& table, std::size_t silentCount, bool all) {
+  const auto headers = Cvn73100PPSrchIO::ColumnHeaders();
+  std::size_t widths[4] = {Width(headers[0]), Width(headers[1]), Width(headers[2]), Width(headers[3])};
+  for (const auto& entry : table) {
+    widths[0] = std::max(widths[0], Width(entry.row.model));
+    widths[1] = std::max(widths[1], Width(entry.row.supported));
+    widths[2] = std::max(widths[2], Width(entry.row.address));
+  }
+  out << "      " << Pad(headers[0], widths[0]) << "  " << Pad(headers[1], widths[1]) << "  "
+      << Pad(headers[2], widths[2]) << "  " << headers[3] << "\n";
+  for (const auto& entry : table) {
+    const bool connected = entry.row.icon == Cvn73100PPSrchIO::CONNECTED_INSTRUMENT_ICON;
+    out << (connected ? "*" : " ") << std::setw(3) << entry.number << "  " << Pad(entry.row.model, widths[0]) << "  "
+        << Pad(entry.row.supported, widths[1]) << "  " << Pad(entry.row.address, widths[2]) << "  "
+        << entry.row.manufacturer << "\n";
+  }
+  out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::SupportedCaption()) << "\n";
+  if (!all && silentCount > 0) {
+    out << silentCount << (silentCount == 1 ? " address" : " addresses")
+        << " did not answer (--all lists them). * marks the control's address.\n";
+  } else {
+    out << "* marks the control's address.\n";
+  }
+}
+
+}  // namespace cvn73100

@@ -1,0 +1,244 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/AtomicFile.h"
+#include "cli/Capture.h"
+#include "cli/CliContext.h"
+#include "cli/PngPlot.h"
+#include "cli/ScopeSession.h"
+#include "control/CCvn73100EZ.h"
+#include "control/Cvn73100Scope.h"
+
+namespace cvn73100 {
+namespace {
+
+using nlohmann::json;
+
+std::string Lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+std::string Hex(const Bytes& bytes) {
+  static const char* digits = "0123456789abcdef";
+  std::string hex;
+  hex.reserve(bytes.size() * 2);
+  for (std::uint8_t b : bytes) {
+    hex += digits[b >> 4];
+    hex += digits[b & 15];
+  }
+  return hex;
+}
+
+std::string Absolute(const std::string& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
+
+}  // namespace
+
+WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, std::int32_t points) {
+  Variant time;
+  Variant volts;
+  control.GetWaveformData(static_cast<Cvn73100_AnalogChannels>(channel), static_cast<Cvn73100_WaveformPoints>(points),
+                          time, volts);
+  WaveformCapture capture;
+  capture.channel = channel;
+  capture.seconds = time.AsDoubles();
+  capture.volts = volts.AsDoubles();
+  return capture;
+}
+
+std::string WaveformCsv(const WaveformCapture& capture) {
+  std::string csv = "time,volts\n";
+  const std::size_t n = std::min(capture.seconds.size(), capture.volts.size());
+  char line[64];
+  for (std::size_t i = 0; i < n; ++i) {
+    std::snprintf(line, sizeof line, "%.10g,%.10g\n", capture.seconds[i], capture.volts[i]);
+    csv += line;
+  }
+  return csv;
+}
+
+bool ImageFormatOfName(const std::string& name, Cvn73100_ImageFormat& format) {
+  std::string key = Lower(name);
+  if (!key.empty() && key[0] == '.') key.erase(0, 1);
+  if (key == "bmp") format = Cvn73100_ImageFormat_BMP;
+  else if (key == "gif") format = Cvn73100_ImageFormat_GIF;
+  else if (key == "tif" || key == "tiff") format = Cvn73100_ImageFormat_TIF;
+  else if (key == "jpg" || key == "jpeg") format = Cvn73100_ImageFormat_JPG;
+  else return false;
+  return true;
+}
+
+std::string ImageExtension(Cvn73100_ImageFormat format) {
+  switch (format) {
+    case Cvn73100_ImageFormat_GIF: return "gif";
+    case Cvn73100_ImageFormat_TIF: return "tif";
+    case Cvn73100_ImageFormat_JPG: return "jpg";
+    default: return "bmp";
+  }
+}
+
+void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
+  // --- idn ---
+  auto* idn = app.add_subcommand("idn", "Open the connection at the control's address and print the instrument's identity");
+  idn->callback([&context] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    session.Connect();
+    const std::string identity = control.Connection()->IDNQuery();
+    if (context.json)
+      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump() << "\n";
+    else
+      context.out << identity << "\n";
+    session.Finish();
+  });
+
+  // --- write ---
+  auto command = std::make_shared<std::string>();
+  auto* write = app.add_subcommand("write", "Send a command to the instrument at the control's address");
+  write->add_option("COMMAND", *command, "e.g. \":CHANnel1:RANGe 4\"")->required();
+  write->callback([&context, command] {
+    ScopeSession session(context);
+    session.Connect();
+    session.Control().Output(Variant(*command));
+    if (context.json) context.out << json{{"written", *command}}.dump() << "\n";
+    session.Finish();
+  });
+
+  // --- query ---
+  struct QueryOptions {
+    std::string command;
+    bool block = false;
+    std::string output;
+  };
+  auto queryOptions = std::make_shared<QueryOptions>();
+  auto* query = app.add_subcommand("query", "Send a query to the instrument and print its reply");
+  query->add_option("COMMAND", queryOptions->command, "e.g. \":CHANnel1:RANGe?\"")->required();
+  query->add_flag("--block", queryOptions->block,
+                  "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
+  query->add_option("-o,--output", queryOptions->output, "With --block: write the bytes to this file");
+  query->callback([&context, queryOptions] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    session.Connect();
+    control.Output(Variant(queryOptions->command));
+    Variant reply;
+    control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    if (reply.GetType() == Variant::Type::ByteArray) {
+      const Bytes& bytes = reply.AsBytes();
+      if (!queryOptions->output.empty()) {
+        WriteFileAtomically(queryOptions->output, std::string(bytes.begin(), bytes.end()), "Reply file");
+      }
+      if (context.json) {
+        json result{{"query", queryOptions->command}, {"bytes", bytes.size()}};
+        if (queryOptions->output.empty())
+          result["hex"] = Hex(bytes);
+        else
+          result["file"] = Absolute(queryOptions->output);
+        context.out << result.dump() << "\n";
+      } else if (queryOptions->output.empty()) {
+        context.out << Hex(bytes) << "\n";
+      } else {
+        context.out << bytes.size() << " bytes written to " << Absolute(queryOptions->output) << "\n";
+      }
+    } else {
+      const std::string text = reply.AsString();
+      if (context.json)
+        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump() << "\n";
+      else
+        context.out << text << "\n";
+    }
+    session.Finish();
+  });
+
+  // --- waveform ---
+  struct WaveformOptions {
+    std::int32_t channel = 1;
+    std::int32_t points = 1000;
+    std::string output;
+    std::string plot;
+  };
+  auto waveformOptions = std::make_shared<WaveformOptions>();
+  auto* waveform = app.add_subcommand(
+      "waveform", "Capture one channel's record: CSV rows \"time,volts\" (seconds, volts) and an optional PNG plot");
+  waveform->add_option("--channel,-c", waveformOptions->channel, "Analog channel 1..4")
+      ->check(CLI::Range(1, 4))
+      ->capture_default_str();
+  waveform->add_option("--points,-p", waveformOptions->points, "100, 250, 500, 1000, 2000, or 0 for the whole record")
+      ->check(CLI::IsMember({0, 100, 250, 500, 1000, 2000}))
+      ->capture_default_str();
+  waveform->add_option("-o,--output", waveformOptions->output, "CSV file (default: standard output, unless --plot)");
+  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform");
+  waveform->callback([&context, waveformOptions] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    session.Connect();
+    const WaveformCapture capture = CaptureWaveform(control, waveformOptions->channel, waveformOptions->points);
+    const std::string csv = WaveformCsv(capture);
+    if (!waveformOptions->output.empty()) WriteFileAtomically(waveformOptions->output, csv, "CSV file");
+    if (!waveformOptions->plot.empty()) {
+      const std::string title =
+          "CH" + std::to_string(capture.channel) + "  " + std::to_string(capture.seconds.size()) + " POINTS";
+      PngPlot(capture.seconds, capture.volts, title).Save(waveformOptions->plot);
+    }
+    const bool toStdout = waveformOptions->output.empty() && waveformOptions->plot.empty();
+    if (context.json) {
+      json result{{"address", control.Address()}, {"channel", capture.channel}, {"points", capture.seconds.size()}};
+      if (!waveformOptions->output.empty()) result["csv"] = Absolute(waveformOptions->output);
+      if (!waveformOptions->plot.empty()) result["plot"] = Absolute(waveformOptions->plot);
+      if (toStdout) {
+        result["time"] = capture.seconds;
+        result["volts"] = capture.volts;
+      }
+      context.out << result.dump() << "\n";
+    } else if (toStdout) {
+      context.out << csv;
+    } else {
+      if (!waveformOptions->output.empty())
+        context.out << capture.seconds.size() << " points of channel " << capture.channel << " written to "
+                    << Absolute(waveformOptions->output) << "\n";
+      if (!waveformOptions->plot.empty()) context.out << "Plot: " << Absolute(waveformOptions->plot) << "\n";
+    }
+    session.Finish();
+  });
+
+  // --- screenshot ---
+  struct ScreenshotOptions {
+    std::string file;
+    std::string format;
+  };
+  auto screenshotOptions = std::make_shared<ScreenshotOptions>();
+  auto* screenshot = app.add_subcommand("screenshot", "Save the instrument's screen as an image file");
+  screenshot->add_option("FILE", screenshotOptions->file, "Image file")->required();
+  screenshot->add_option("--format,-f", screenshotOptions->format,
+                         "bmp, gif, tif or jpg (default: by the file's extension, else bmp)")
+      ->check(CLI::IsMember({"bmp", "gif", "tif", "tiff", "jpg", "jpeg"}, CLI::ignore_case));
+  screenshot->callback([&context, screenshotOptions] {
+    Cvn73100_ImageFormat format = Cvn73100_ImageFormat_BMP;
+    if (!screenshotOptions->format.empty()) {
+      ImageFormatOfName(screenshotOptions->format, format);
+    } else {
+      ImageFormatOfName(std::filesystem::path(screenshotOptions->file).extension().string(), format);
+    }
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    session.Connect();
+    control.SaveScreenImage(screenshotOptions->file, format);
+    std::error_code ec;
+    const auto size = std::filesystem::file_size(screenshotOptions->file, ec);
+    const std::string path = Absolute(screenshotOptions->file);
+    if (context.json)
+      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump() << "\n";
+    else
+      context.out << "Screen image (" << ImageExtension(format) << ", " << (ec ? 0 : size) << " bytes) written to "
+                  << path << "\n";
+    session.Finish();
+  });
+}
+
+}  // namespace cvn73100

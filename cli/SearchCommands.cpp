@@ -1,0 +1,236 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/CliContext.h"
+#include "cli/ConsoleSearchView.h"
+#include "cli/ScopeSession.h"
+#include "cli/SearchResultsFile.h"
+#include "control/Cvn73100Scope.h"
+#include "discovery/CQueryInstrument.h"
+#include "discovery/Cvn73100PPSrchIO.h"
+#include "ioconfig/CIOconfiguration.h"
+#include "iolib/IOManager.h"
+
+namespace cvn73100 {
+namespace {
+
+using nlohmann::json;
+
+json BoxesJson(const ConsoleHost& host) {
+  json boxes = json::array();
+  for (const auto& box : host.Boxes())
+    boxes.push_back(json{{"title", ConsoleHost::ToTerminal(box.title)}, {"text", ConsoleHost::ToTerminal(box.prompt)}});
+  return boxes;
+}
+
+json RowJson(const TableRow& entry) {
+  return json{{"row", entry.number},
+              {"model", entry.row.model},
+              {"supported", !entry.row.supported.empty()},
+              {"address", entry.row.address},
+              {"fullAddress", entry.fullAddress},
+              {"manufacturer", entry.row.manufacturer},
+              {"reply", entry.row.reply},
+              {"connected", entry.row.icon == Cvn73100PPSrchIO::CONNECTED_INSTRUMENT_ICON}};
+}
+
+bool IsRowNumber(const std::string& text) {
+  return !text.empty() && text.size() <= 6 &&
+         std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+void RegisterResources(CLI::App& app, CliContext& context) {
+  auto pattern = std::make_shared<std::string>("?*");
+  auto* resources = app.add_subcommand(
+      "resources", "List the instrument resources the I/O library finds, and where each port leads (the board map)");
+  resources->add_option("PATTERN", *pattern, "COM*, COM3, GPIB*, GPIB0, GPIB0::?*::INSTR ...")->capture_default_str();
+  resources->callback([&context, pattern] {
+    const auto manager = io::IOManager::FromEnvironment();
+    const std::vector<std::string> names = manager->FindResources(*pattern);
+    const bool embedded = manager->UsingEmbeddedDefault();
+    if (context.json) {
+      context.out << json{{"embeddedDefault", embedded},
+                          {"configFile", manager->Map().ConfigPath()},
+                          {"boardMap", manager->DescribeBoardMap()},
+                          {"resources", names}}
+                         .dump()
+                  << "\n";
+      return;
+    }
+    // The description says where the map came from and when the embedded simulated bus answers.
+    const std::string map = manager->DescribeBoardMap();
+    context.out << map << (!map.empty() && map.back() != '\n' ? "\n" : "");
+    context.out << "\nResources matching " << *pattern << ":\n";
+    if (names.empty()) context.out << "  (none)\n";
+    for (const auto& name : names) context.out << "  " << name << "\n";
+  });
+}
+
+void RegisterTest(CLI::App& app, CliContext& context) {
+  auto address = std::make_shared<std::string>();
+  auto* test = app.add_subcommand(
+      "test",
+      "Ask the instrument at ADDRESS for its identity (*IDN?) and print what the Test button shows.\n"
+      "Exit status: 0 for a supported instrument, 10 + the result code otherwise (11 other 731xx model,\n"
+      "12 another family, 13 not IEEE 488.2, 14 no response, 15 port not found)");
+  test->add_option("ADDRESS", *address, "GPIB0::7::INSTR, COM1, COM2::Baud=19200,Handshake=DTR_DSR ...")->required();
+  test->callback([&context, address] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    // A copy of the control's I/O configuration: the address's keywords set its port's line settings for
+    // this test only.
+    const auto configuration = control.IOConfigurationPropertyPage();
+    configuration->SetActiveAddressString(*address);
+    CQueryInstrument query;
+    query.Initialize(control.TXDelay(), configuration, control.IOManager());
+    context.host.SetQuiet(context.json);
+    context.host.ClearRecord();
+    std::string reply;
+    const std::int16_t code = query.Test(CONSOLE_WINDOW, configuration->ActiveAddressString(), reply);
+    if (context.json) {
+      const auto& boxes = context.host.Boxes();
+      context.out << json{{"address", configuration->ActiveAddressString()},
+                          {"code", code},
+                          {"reply", reply},
+                          {"title", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().title)},
+                          {"message", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().prompt)}}
+                         .dump()
+                  << "\n";
+    }
+    context.exitStatus = code == IDNSupported ? ExitStatus::OK : ExitStatus::TEST_BASE + code;
+  });
+}
+
+void RegisterSearch(CLI::App& app, CliContext& context) {
+  struct Options {
+    bool excludeSilent = false;
+    bool keepSilent = false;
+    bool all = false;
+  };
+  auto options = std::make_shared<Options>();
+  auto* search = app.add_subcommand(
+      "search",
+      "Search every included COM port and GPIB address for instruments (the Search Instruments page) and keep the "
+      "table for `use`");
+  auto* exclude = search->add_flag("--exclude-silent", options->excludeSilent,
+                                   "Exclude the COM ports without an instrument from future searches");
+  auto* keep = search->add_flag("--keep-silent", options->keepSilent,
+                                "Keep every COM port in future searches (the default without a terminal)");
+  exclude->excludes(keep);
+  search->add_flag("--all", options->all, "Also list the GPIB addresses that did not answer");
+  search->callback([&context, options] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    const auto silent = options->excludeSilent ? ConsoleSearchView::SilentPorts::Exclude
+                        : options->keepSilent  ? ConsoleSearchView::SilentPorts::Keep
+                                               : ConsoleSearchView::SilentPorts::Ask;
+    ConsoleSearchView view(context, silent);
+    context.host.SetQuiet(context.json);
+    context.host.ClearRecord();
+    Cvn73100PPSrchIO page(view);
+    RunSearch(page, control);
+    // As OK on the property frame: the ports found and the exclusions go to the control; the address stays
+    // unless this is the control's first search (`use` changes it).
+    page.PropertyPage_ApplyChanges();
+    page.PropertyPage_Terminate();
+
+    const std::vector<TableRow> table = TableRows(page.Rows(), options->all);
+    SearchResultsFile(session.FormPath()).Save(table);
+    std::vector<std::string> silentAddresses;
+    for (const auto& row : page.Rows())
+      if (row.reply.empty()) silentAddresses.push_back(row.address);
+
+    if (context.json) {
+      json rows = json::array();
+      for (const auto& entry : table) rows.push_back(RowJson(entry));
+      context.out << json{{"rows", rows},
+                          {"silent", silentAddresses},
+                          {"message", ConsoleHost::ToTerminal(view.Message())},
+                          {"excludedPorts", view.ExcludedPorts()},
+                          {"address", control.Address()},
+                          {"boxes", BoxesJson(context.host)}}
+                         .dump()
+                  << "\n";
+    } else {
+      context.out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::PageCaption()) << "\n";
+      PrintSearchTable(context.out, table, options->all ? 0 : silentAddresses.size(), options->all);
+      if (!view.Message().empty()) context.out << ConsoleHost::ToTerminal(view.Message()) << "\n";
+    }
+    session.Finish();
+  });
+}
+
+void RegisterUse(CLI::App& app, CliContext& context) {
+  auto target = std::make_shared<std::string>();
+  auto* use = app.add_subcommand(
+      "use",
+      "Make a row of the last search's table, or an address, the control's address (Apply on the Search "
+      "Instruments page, with the RS-232 handshake check). An address not in the table is tested first");
+  use->add_option("ROW|ADDRESS", *target, "A row number of `cvnscope search`, or e.g. GPIB0::7::INSTR, COM1")
+      ->required();
+  use->callback([&context, target] {
+    ScopeSession session(context);
+    Cvn73100Scope& control = session.Control();
+    const std::vector<TableRow> table = SearchResultsFile(session.FormPath()).Load();
+
+    const TableRow* chosen = nullptr;
+    std::string address;
+    if (IsRowNumber(*target)) {
+      const long number = std::stol(*target);
+      if (table.empty())
+        throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, "No search results: run `cvnscope search` first.");
+      if (number < 1 || number > static_cast<long>(table.size()))
+        throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
+                         "Row " + *target + " is not in the last search's table (rows 1 to " +
+                             std::to_string(table.size()) + ").");
+      chosen = &table[static_cast<std::size_t>(number - 1)];
+      address = chosen->fullAddress;
+    } else {
+      CIOconfiguration parsed;
+      parsed.SetActiveAddressString(*target);
+      address = parsed.ActivePortIsGPIB() ? parsed.ActiveAddressString() : parsed.ActiveIOPort();
+      for (const auto& entry : table)
+        if (entry.fullAddress == address) chosen = &entry;
+      // A serial address brings its line settings: they become its port's settings before the page binds.
+      if (!parsed.ActivePortIsGPIB()) control.SetAddress(parsed.ActiveAddressString());
+    }
+
+    ConsoleSearchView view(context, ConsoleSearchView::SilentPorts::Keep);
+    context.host.SetQuiet(context.json);
+    context.host.ClearRecord();
+    Cvn73100PPSrchIO page(view);
+    page.PropertyPage_SelectionChanged(&control);
+    page.TimerInstrumentDiscovery_Timer();
+    page.AddInstrumentToList(chosen ? chosen->row.reply : std::string(), address, -1);
+    page.ListViewInstruments_ItemClick(1);
+    if (!chosen) page.Test_Click();
+    page.PropertyPage_ApplyChanges();
+    page.PropertyPage_Terminate();
+
+    if (context.json) {
+      context.out << json{{"address", control.Address()},
+                          {"identity", control.AddressInstrumentID()},
+                          {"boxes", BoxesJson(context.host)}}
+                         .dump()
+                  << "\n";
+    } else {
+      context.out << "Address: " << control.Address() << "\n";
+      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << control.AddressInstrumentID() << "\n";
+    }
+    session.Finish();
+  });
+}
+
+}  // namespace
+
+void RegisterSearchCommands(CLI::App& app, CliContext& context) {
+  RegisterResources(app, context);
+  RegisterTest(app, context);
+  RegisterSearch(app, context);
+  RegisterUse(app, context);
+}
+
+}  // namespace cvn73100

@@ -1,0 +1,79 @@
+#include "cli/SearchResultsFile.h"
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/AtomicFile.h"
+#include "cli/CliContext.h"
+
+namespace cvn73100 {
+namespace {
+
+using nlohmann::json;
+constexpr std::int32_t FILE_ERROR = 75;  // Path/File access error
+constexpr std::uintmax_t MAX_FILE_SIZE = 16u << 20;
+
+ScopeError FileError(const std::string& path, const std::string& why) {
+  return ScopeError(FILE_ERROR, CLI_SOURCE, "Search results " + path + ": " + why);
+}
+
+std::string Text(const json& object, const char* key) {
+  const auto it = object.find(key);
+  return it != object.end() && it->is_string() ? it->get<std::string>() : std::string();
+}
+
+}  // namespace
+
+SearchResultsFile::SearchResultsFile(const std::string& formPath) {
+  std::filesystem::path path(formPath);
+  path.replace_extension();
+  m_path = path.string() + ".search.json";
+}
+
+std::vector<TableRow> SearchResultsFile::Load() const {
+  std::error_code ec;
+  if (!std::filesystem::exists(m_path, ec)) return {};
+  if (std::filesystem::file_size(m_path, ec) > MAX_FILE_SIZE) throw FileError(m_path, "too large");
+  std::ifstream in(m_path, std::ios::binary);
+  if (!in) throw FileError(m_path, "cannot be read");
+  std::ostringstream text;
+  text << in.rdbuf();
+  const json root = json::parse(text.str(), nullptr, false);
+  if (root.is_discarded() || !root.is_object() || !root.contains("rows") || !root["rows"].is_array())
+    throw FileError(m_path, "not a cvnscope search result");
+  std::vector<TableRow> table;
+  for (const auto& item : root["rows"]) {
+    if (!item.is_object()) throw FileError(m_path, "not a cvnscope search result");
+    TableRow entry;
+    entry.number = static_cast<std::int32_t>(table.size()) + 1;
+    entry.row.model = Text(item, "model");
+    entry.row.supported = Text(item, "supported");
+    entry.row.address = Text(item, "address");
+    entry.row.manufacturer = Text(item, "manufacturer");
+    entry.row.reply = Text(item, "reply");
+    entry.fullAddress = Text(item, "fullAddress");
+    if (entry.fullAddress.empty()) throw FileError(m_path, "a row without an address");
+    table.push_back(std::move(entry));
+  }
+  return table;
+}
+
+void SearchResultsFile::Save(const std::vector<TableRow>& table) const {
+  json rows = json::array();
+  for (const auto& entry : table) {
+    rows.push_back(json{{"row", entry.number},
+                        {"model", entry.row.model},
+                        {"supported", entry.row.supported},
+                        {"address", entry.row.address},
+                        {"fullAddress", entry.fullAddress},
+                        {"manufacturer", entry.row.manufacturer},
+                        {"reply", entry.row.reply}});
+  }
+  const std::string text = json{{"format", "cvnscope-search"}, {"version", 1}, {"rows", rows}}.dump(2) + "\n";
+
+  WriteFileAtomically(m_path, text, "Search results");
+}
+
+}  // namespace cvn73100

@@ -1,0 +1,335 @@
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <iomanip>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/CliContext.h"
+#include "cli/ConsoleSetupsView.h"
+#include "cli/ScopeSession.h"
+#include "control/Cvn73100Scope.h"
+#include "dialogs/Messages.h"
+#include "setups/CSetupFile.h"
+#include "setups/CWrenfoldFile.h"
+#include "setups/Cvn73100PPSetup.h"
+#include "setups/SetupCvn73100Scope.h"
+#include "setups/SetupsCvn73100Scope.h"
+
+namespace cvn73100 {
+namespace {
+
+using nlohmann::json;
+
+// Titles of the boxes in which the Setups page and its form report a failure.
+constexpr int MSG_CONTROL_ERROR = 105;
+constexpr int MSG_SETUPS_ERROR = 650;
+constexpr int MSG_NAME_FORMAT_TITLE = 715;
+constexpr int MSG_COMMENT_FORMAT_TITLE = 717;
+constexpr std::int32_t FILE_NOT_FOUND = 53;
+
+std::string Absolute(const std::string& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
+
+std::size_t LearnStringLength(const SetupCvn73100Scope& setup) {
+  const auto learnString = setup.LearnString();
+  return learnString ? learnString->size() : 0;
+}
+
+json SetupJson(const SetupCvn73100Scope& setup) {
+  return json{{"name", setup.Name()},
+              {"comments", setup.Comments()},
+              {"model", setup.Model()},
+              {"version", setup.Version()},
+              {"bytes", LearnStringLength(setup)},
+              {"empty", !setup.LearnString().has_value()}};
+}
+
+// One setup command: the control from the form, and the Setups page bound to it on a console view. The
+// page reports failures in message boxes; the command turns them into its exit status.
+class SetupsCommand {
+ public:
+  explicit SetupsCommand(CliContext& context) : m_context(context), m_session(context), m_page(m_view) {
+    ConsoleHost& host = context.host;
+    host.SetErrorTitles({Messages::Load(MSG_CONTROL_ERROR), Messages::Load(MSG_SETUPS_ERROR),
+                         Messages::Load(MSG_NAME_FORMAT_TITLE), Messages::Load(MSG_COMMENT_FORMAT_TITLE)});
+    host.SetQuiet(context.json);
+    host.ClearRecord();
+    BindSetupsPage(m_page, m_session.Control());
+  }
+  ~SetupsCommand() { m_page.PropertyPage_Terminate(); }
+
+  ScopeSession& Session() { return m_session; }
+  Cvn73100PPSetup& Page() { return m_page; }
+  ConsoleSetupsView& View() { return m_view; }
+
+  // Selects the row of setup `name`; an unknown name is an error.
+  void Select(const std::string& name) {
+    const int row = m_view.RowOf(name);
+    if (row < 0)
+      throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE,
+                       "There is no setup named \"" + name + "\" (see `cvnscope setup list`).");
+    m_page.ListViewSetup_Click(row);
+  }
+
+  // After a page action: false (and the exit status set) when the page showed an error or a question was
+  // answered Cancel.
+  bool Succeeded() {
+    const ConsoleHost& host = m_context.host;
+    if (host.ErrorShown()) {
+      m_context.exitStatus = ExitStatus::ERROR;
+      if (m_context.json) {
+        for (const auto& box : host.Boxes()) {
+          if (!box.error) continue;
+          m_context.out << json{{"error",
+                                 {{"source", ConsoleHost::ToTerminal(box.title)},
+                                  {"description", ConsoleHost::ToTerminal(box.prompt)}}}}
+                               .dump()
+                        << "\n";
+          break;
+        }
+      }
+      return false;
+    }
+    if (host.Cancelled() > 0) {
+      m_context.exitStatus = ExitStatus::CANCELLED;
+      if (m_context.json) m_context.out << json{{"cancelled", true}}.dump() << "\n";
+      return false;
+    }
+    return true;
+  }
+
+  // Apply: the page's working copy becomes the control's setups; the form is saved.
+  void Apply() {
+    m_page.PropertyPage_ApplyChanges();
+    m_session.Finish();
+  }
+
+  std::shared_ptr<SetupCvn73100Scope> Setup(const std::string& name) { return m_page.WorkingSetups()->item(name); }
+
+  void Report(const std::string& action, const SetupCvn73100Scope& setup, const std::string& file = "") {
+    if (m_context.json) {
+      json result = SetupJson(setup);
+      result["action"] = action;
+      if (!file.empty()) result["file"] = file;
+      m_context.out << result.dump() << "\n";
+      return;
+    }
+    m_context.out << action << " " << setup.Name();
+    if (!file.empty()) m_context.out << ": " << file;
+    m_context.out << "\n  model " << (setup.Model().empty() ? "-" : setup.Model()) << ", version "
+                  << (setup.Version().empty() ? "-" : setup.Version()) << ", "
+                  << (setup.LearnString() ? std::to_string(LearnStringLength(setup)) + " bytes" : "no setup data")
+                  << "\n";
+  }
+
+ private:
+  CliContext& m_context;
+  ScopeSession m_session;
+  ConsoleSetupsView m_view;
+  Cvn73100PPSetup m_page;
+};
+
+void RegisterGet(CLI::App& setup, CliContext& context) {
+  struct Options {
+    std::string name;
+    std::string comments;
+  };
+  auto options = std::make_shared<Options>();
+  auto* get = setup.add_subcommand(
+      "get", "Fetch the instrument's current setup into setup NAME (added when new; replacing asks first)");
+  get->add_option("NAME", options->name, "Setup name: no spaces, no \"|\"")->required();
+  get->add_option("--comments", options->comments, "Comments of a new setup");
+  get->callback([&context, options] {
+    SetupsCommand command(context);
+    command.Session().Connect();
+    if (command.View().RowOf(options->name) < 0) {
+      command.View().PrepareForm(options->name, options->comments, true);
+      command.Page().CommandAdd_Click();
+    } else {
+      command.Select(options->name);
+      command.Page().CommandGetFromInstrument_Click();
+    }
+    if (!command.Succeeded()) return;
+    command.Apply();
+    command.Report("Fetched", *command.Setup(options->name));
+  });
+}
+
+void RegisterSend(CLI::App& setup, CliContext& context) {
+  auto name = std::make_shared<std::string>();
+  auto* send = setup.add_subcommand("send", "Send setup NAME to the instrument (asks first; --yes answers OK)");
+  send->add_option("NAME", *name, "Setup name")->required();
+  send->callback([&context, name] {
+    SetupsCommand command(context);
+    command.Select(*name);
+    command.Session().Connect();
+    command.Page().CommandSendToInstrument_Click();
+    if (!command.Succeeded()) return;
+    command.Apply();
+    command.Report("Sent", *command.Setup(*name));
+  });
+}
+
+void RegisterSave(CLI::App& setup, CliContext& context) {
+  struct Options {
+    std::string name;
+    std::string file;
+  };
+  auto options = std::make_shared<Options>();
+  auto* save = setup.add_subcommand(
+      "save", "Save setup NAME as a setup file (always the native .scp format; replacing a file asks first)");
+  save->add_option("NAME", options->name, "Setup name")->required();
+  save->add_option("FILE", options->file, "Setup file, e.g. s1.scp")->required();
+  save->callback([&context, options] {
+    SetupsCommand command(context);
+    command.Select(options->name);
+    context.host.SetFileAnswer(options->file);
+    command.Page().CommandSendToFile_Click();
+    if (!command.Succeeded()) return;
+    command.Apply();
+    std::filesystem::path path = Absolute(options->file);
+    if (!path.has_extension()) path += Cvn73100PPSetup::DEFAULT_EXTENSION;
+    command.Report("Saved", *command.Setup(options->name), path.string());
+  });
+}
+
+void RegisterOpen(CLI::App& setup, CliContext& context) {
+  struct Options {
+    std::string file;
+    std::string name;
+  };
+  auto options = std::make_shared<Options>();
+  auto* open = setup.add_subcommand(
+      "open",
+      "Read a setup file (.scp or .stp, recognised by content) into the setup named after the file, or renamed NAME");
+  open->add_option("FILE", options->file, "Setup file")->required();
+  open->add_option("NAME", options->name, "Name for the setup (default: the file's base name)");
+  open->callback([&context, options] {
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(options->file, ec))
+      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(options->file));
+    SetupsCommand command(context);
+    context.host.SetFileAnswer(options->file);
+    command.Page().CommandGetFromFile_Click();
+    if (!command.Succeeded()) return;
+    std::string name = std::filesystem::path(options->file).stem().string();
+    if (!options->name.empty() && options->name != name) {
+      // Renamed as Edit Setup renames: the page checks the new name.
+      command.Select(name);
+      command.View().PrepareForm(options->name, command.Setup(name)->Comments(), false);
+      command.Page().frmsetupmenuEvents_EditClick();
+      if (!command.Succeeded()) return;
+      name = options->name;
+    }
+    command.Apply();
+    command.Report("Opened", *command.Setup(name), Absolute(options->file));
+  });
+}
+
+void RegisterShow(CLI::App& setup, CliContext& context) {
+  auto file = std::make_shared<std::string>();
+  auto* show = setup.add_subcommand("show", "Print what a setup file holds: model, version, comments, data length, format");
+  show->add_option("FILE", *file, "Setup file (.scp or .stp)")->required();
+  show->callback([&context, file] {
+    ScopeSession session(context);
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(*file, ec))
+      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(*file));
+    SetupCvn73100Scope read;
+    read.ReadFromFile(*file);
+    // ReadFromFile took the first format that recognised the file, the native one first.
+    const bool native = CSetupFile().IsACompatibleFile(*file);
+    const std::string format = native ? "scp" : "stp";
+    const std::string formatName = native ? "native setup file (.scp)" : "Wrenfold setup file (.stp, read only)";
+    if (context.json) {
+      context.out << json{{"file", Absolute(*file)},
+                          {"format", format},
+                          {"model", read.Model()},
+                          {"version", read.Version()},
+                          {"comments", read.Comments()},
+                          {"bytes", LearnStringLength(read)},
+                          {"empty", !read.LearnString().has_value()}}
+                         .dump()
+                  << "\n";
+      return;
+    }
+    context.out << "File:        " << Absolute(*file) << "\n"
+                << "Format:      " << formatName << "\n"
+                << "Model:       " << ConsoleHost::ToTerminal(read.Model()) << "\n"
+                << "Version:     " << read.Version() << "\n"
+                << "Comments:    " << ConsoleHost::ToTerminal(read.Comments()) << "\n"
+                << "Data length: "
+                << (read.LearnString() ? std::to_string(LearnStringLength(read)) + " bytes" : "0 bytes (Empty)")
+                << "\n";
+  });
+}
+
+void RegisterList(CLI::App& setup, CliContext& context) {
+  auto* list = setup.add_subcommand("list", "List the setups kept in the form (* marks the one last exchanged with the instrument)");
+  list->callback([&context] {
+    SetupsCommand command(context);
+    const auto& rows = command.View().Rows();
+    if (context.json) {
+      json setups = json::array();
+      for (const auto& row : rows) {
+        json entry = SetupJson(*command.Setup(row.name));
+        entry["current"] = row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON;
+        setups.push_back(entry);
+      }
+      context.out << json{{"setups", setups}}.dump() << "\n";
+      return;
+    }
+    const SetupsPageCaptions captions = SetupsPageCaptions::Load();
+    if (rows.empty()) {
+      context.out << "No setups (cvnscope setup get NAME fetches one).\n";
+      return;
+    }
+    std::size_t nameWidth = captions.nameColumn.size();
+    for (const auto& row : rows) nameWidth = std::max(nameWidth, row.name.size());
+    context.out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << captions.nameColumn << "  "
+                << std::setw(8) << Messages::Load(201) << "  " << std::setw(8) << "Version" << "  " << std::setw(7)
+                << "Bytes" << "  " << captions.commentsColumn << "\n";
+    for (const auto& row : rows) {
+      const auto item = command.Setup(row.name);
+      context.out << (row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") << std::left
+                  << std::setw(static_cast<int>(nameWidth)) << row.name << "  " << std::setw(8) << item->Model()
+                  << "  " << std::setw(8) << item->Version() << "  " << std::setw(7)
+                  << (item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-")) << "  "
+                  << row.comments << "\n";
+    }
+    context.out << std::right;
+  });
+}
+
+void RegisterRemove(CLI::App& setup, CliContext& context) {
+  auto name = std::make_shared<std::string>();
+  auto* remove = setup.add_subcommand("remove", "Remove setup NAME from the form (asks first; --yes answers OK)");
+  remove->add_option("NAME", *name, "Setup name")->required();
+  remove->callback([&context, name] {
+    SetupsCommand command(context);
+    command.Select(*name);
+    command.Page().CommandRemove_Click();
+    if (!command.Succeeded()) return;
+    command.Apply();
+    if (context.json)
+      context.out << json{{"removed", *name}}.dump() << "\n";
+    else
+      context.out << "Removed " << *name << "\n";
+  });
+}
+
+}  // namespace
+
+void RegisterSetupCommands(CLI::App& app, CliContext& context) {
+  auto* setup = app.add_subcommand(
+      "setup", "Instrument setups (learn strings): fetch, send, save, open, show, list, remove (the Setups page)");
+  setup->require_subcommand(1);
+  RegisterGet(*setup, context);
+  RegisterSend(*setup, context);
+  RegisterSave(*setup, context);
+  RegisterOpen(*setup, context);
+  RegisterShow(*setup, context);
+  RegisterList(*setup, context);
+  RegisterRemove(*setup, context);
+}
+
+}  // namespace cvn73100
