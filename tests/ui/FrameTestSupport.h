@@ -1,0 +1,61 @@
+#pragma once
+#include <stdlib.h>
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "control/Cvn73100Scope.h"
+#include "dialogs/Messages.h"
+#include "iolib/BoardMap.h"
+#include "iolib/IOManager.h"
+#include "platform/Components.h"
+
+namespace cvn73100::test {
+
+// Answers the next modal window of type T that opens while the test waits in an exec() (polling every
+// few milliseconds, so it also finds dialogs that come up in the middle of a click handler).
+template <class T>
+void AnswerNextModal(std::function<void(T*)> answer) {
+  auto* timer = new QTimer;
+  timer->setInterval(5);
+  QObject::connect(timer, &QTimer::timeout, [timer, answer] {
+    T* modal = qobject_cast<T*>(QApplication::activeModalWidget());
+    if (!modal || !modal->isVisible()) return;
+    timer->stop();
+    timer->deleteLater();
+    answer(modal);
+  });
+  timer->start();
+}
+
+// A control whose I/O library sees `boardMap` (default: the simulated GPIB bus on GPIB0 and a simulated
+// instrument on COM1, nothing on the other COM ports), writing its log under a private temp directory.
+class ControlFixture {
+ public:
+  explicit ControlFixture(const std::string& boardMap =
+                              "GPIB0 = sim\nCOM1 = sim\nCOM2 = none\nCOM3 = none\n"
+                              "COM4 = none\n") {
+    static const std::string tempDir = [] {
+      char pattern[] = "/tmp/cvn-ui-XXXXXX";
+      return std::string(mkdtemp(pattern));
+    }();
+    setenv("TMPDIR", tempDir.c_str(), 1);
+    Messages::SetLanguageBase(Messages::ENGLISH);
+    auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText(boardMap, "test"));
+    Components::SetIOManagerFactory([manager] { return manager; });
+    control = std::make_unique<Cvn73100Scope>();
+    control->SetTXDelay(1);
+  }
+  ~ControlFixture() {
+    control.reset();
+    Messages::SetLanguageBase(Messages::ENGLISH);
+  }
+
+  std::unique_ptr<Cvn73100Scope> control;
+};
+
+}  // namespace cvn73100::test

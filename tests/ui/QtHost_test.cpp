@@ -1,0 +1,254 @@
+// The Qt host's services: boxes placed by the control's geometry, their styles and answers, the
+// message-with-option dialog in both modes, file dialogs, and the small services.
+#include "ui/QtHost.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "control/AutoCenter.h"
+#include "dialogs/Messages.h"
+#include "ui/DialogPlacement.h"
+#include "ui/MessageOptionDialog.h"
+
+namespace cvn73100::ui {
+namespace {
+
+class QtHostTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Messages::SetLanguageBase(Messages::ENGLISH);
+    host.Install();
+  }
+
+  // A top-level window at `rect` (frame included) for boxes to centre on.
+  std::unique_ptr<QWidget> Window(const QRect& rect) {
+    auto window = std::make_unique<QWidget>();
+    window->setGeometry(rect);
+    window->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    return window;
+  }
+
+  // Runs `answer` on the next dialog the host shows.
+  void OnNextDialog(std::function<void(QDialog*)> answer) {
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = QObject::connect(&host, &QtHost::dialogShown, [connection, answer](QDialog* dialog) {
+      QObject::disconnect(*connection);
+      answer(dialog);
+    });
+  }
+
+  QtHost host;
+};
+
+TEST_F(QtHostTest, MessageBoxIsCentredOverItsParentAsTheGeometrySays) {
+  struct Case {
+    QRect parent;
+    const char* why;
+  };
+  const Case cases[] = {
+      {QRect(200, 150, 640, 480), "inside the screen"},
+      {QRect(0, 0, 120, 60), "parent smaller than the box at the origin: negative coordinates become 0"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.why);
+    auto parent = Window(c.parent);
+    QRect placedAt;
+    Rect expected;
+    OnNextDialog([&](QDialog* box) {
+      placedAt = box->frameGeometry();
+      expected = AutoCenter::CenterOverParent(ToRect(box->frameGeometry()), QtHost::ScreenRectOf(parent.get()));
+      box->accept();
+    });
+    AutoCenter::MsgBoxAutoCenter(QtHost::HandleOf(parent.get()), "Could not open I/O port.",
+                                 MsgBoxStyle::OKOnly | MsgBoxStyle::Information, "Search");
+    EXPECT_EQ(ToRect(placedAt), expected);
+    EXPECT_GE(placedAt.left(), 0);
+    EXPECT_GE(placedAt.top(), 0);
+  }
+}
+
+TEST_F(QtHostTest, BoxStylesGiveIconsButtonsAndAnswers) {
+  struct Case {
+    int style;
+    QMessageBox::Icon icon;
+    QStringList buttons;
+    QString press;
+    int answer;
+  };
+  const Case cases[] = {
+      {MsgBoxStyle::OKOnly | MsgBoxStyle::Information | MsgBoxStyle::SetForeground,
+       QMessageBox::Information,
+       {"OK"},
+       "OK",
+       MsgBoxResult::OK},
+      {MsgBoxStyle::OKCancel | MsgBoxStyle::Exclamation,
+       QMessageBox::Warning,
+       {"Cancel", "OK"},
+       "Cancel",
+       MsgBoxResult::Cancel},
+      {MsgBoxStyle::OKCancel | MsgBoxStyle::Exclamation,
+       QMessageBox::Warning,
+       {"Cancel", "OK"},
+       "OK",
+       MsgBoxResult::OK},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.press.toStdString());
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QStringList buttons;
+    QString text;
+    OnNextDialog([&](QDialog* dialog) {
+      auto* box = qobject_cast<QMessageBox*>(dialog);
+      ASSERT_NE(box, nullptr);
+      icon = box->icon();
+      text = box->text();
+      QAbstractButton* pressed = nullptr;
+      for (QAbstractButton* button : box->buttons()) {
+        buttons << button->text();
+        if (button->text() == c.press) pressed = button;
+      }
+      buttons.sort();
+      if (!pressed) {
+        ADD_FAILURE() << "no button " << c.press.toStdString();
+        box->reject();
+        return;
+      }
+      QTest::mouseClick(pressed, Qt::LeftButton);
+    });
+    const int answer = host.MsgBox(0, "Line one\r\nLine two", c.style, "Title");
+    EXPECT_EQ(answer, c.answer);
+    EXPECT_EQ(icon, c.icon);
+    EXPECT_EQ(buttons, c.buttons);
+    EXPECT_EQ(text, "Line one\nLine two");
+  }
+}
+
+TEST_F(QtHostTest, MessageOptionDialogInBothButtonModes) {
+  enum class Action { Continue, Cancel, Escape, OK };
+  struct Case {
+    bool continueCancel;
+    bool tick;
+    Action action;
+    int button;
+    bool option;
+  };
+  const Case cases[] = {
+      {true, true, Action::Continue, MsgBoxResult::OK, true},
+      {true, true, Action::Cancel, MsgBoxResult::Cancel, true},
+      {true, false, Action::Escape, MsgBoxResult::Cancel, false},
+      {false, true, Action::OK, MsgBoxResult::OK, true},
+      {false, false, Action::Escape, MsgBoxResult::OK, false},
+  };
+  auto parent = Window(QRect(300, 200, 500, 400));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(static_cast<int>(c.action));
+    MessageOptionRequest request;
+    request.parent = QtHost::HandleOf(parent.get());
+    request.title = "Instrument I/O Configuration";
+    request.message = "The Handshake setting for the current COM port is not correct.";
+    request.option = "Do not show this message again";
+    request.continueCancel = c.continueCancel;
+    request.placement = [](const Rect& box, const Rect&) { return Rect{37, 41, box.width, box.height}; };
+    QPoint at;
+    bool continueShown = false;
+    bool okShown = false;
+    OnNextDialog([&](QDialog* dialog) {
+      auto* form = qobject_cast<MessageOptionDialog*>(dialog);
+      ASSERT_NE(form, nullptr);
+      at = form->frameGeometry().topLeft();
+      continueShown = form->Button(FrmMessageOption::Button::Continue)->isVisible();
+      okShown = form->Button(FrmMessageOption::Button::OK)->isVisible();
+      EXPECT_EQ(form->OptionBox()->text(), "Do not show this message again");
+      if (c.tick) form->OptionBox()->setChecked(true);
+      switch (c.action) {
+        case Action::Continue:
+          QTest::mouseClick(form->Button(FrmMessageOption::Button::Continue), Qt::LeftButton);
+          break;
+        case Action::Cancel:
+          QTest::mouseClick(form->Button(FrmMessageOption::Button::Cancel), Qt::LeftButton);
+          break;
+        case Action::OK:
+          QTest::mouseClick(form->Button(FrmMessageOption::Button::OK), Qt::LeftButton);
+          break;
+        case Action::Escape:
+          QTest::keyClick(form, Qt::Key_Escape);
+          break;
+      }
+    });
+    const MessageOptionResult result = host.ShowMessageOption(request);
+    EXPECT_EQ(result.button, c.button);
+    EXPECT_EQ(result.optionChecked, c.option);
+    EXPECT_EQ(continueShown, c.continueCancel);
+    EXPECT_EQ(okShown, !c.continueCancel);
+    EXPECT_EQ(at, QPoint(37, 41));
+  }
+}
+
+TEST_F(QtHostTest, FileDialogsTakeFiltersFolderAndNameAndReportTheChoice) {
+  QTemporaryDir folder;
+  ASSERT_TRUE(folder.isValid());
+  FileDialogRequest request;
+  request.title = "Save Setup File";
+  request.filters = {{"All Scope Files (*.scp; *.stp)", "*.scp;*.stp"}, {"Wrenfold Files (*.stp)", "*.stp"}};
+  request.filterIndex = 2;
+  request.initialDirectory = folder.path().toStdString();
+  request.fileName = "bench.scp";
+  QString title;
+  QString directory;
+  QString selectedFilter;
+  OnNextDialog([&](QDialog* dialog) {
+    auto* files = qobject_cast<QFileDialog*>(dialog);
+    ASSERT_NE(files, nullptr);
+    title = files->windowTitle();
+    directory = files->directory().absolutePath();
+    selectedFilter = files->selectedNameFilter();
+    files->selectNameFilter(files->nameFilters().first());
+    QMetaObject::invokeMethod(files, "accept");
+  });
+  const auto result = host.GetSaveFileName(request);
+  ASSERT_TRUE(result.has_value());
+  EXPECT_EQ(title, "Save Setup File");
+  EXPECT_EQ(directory, QDir(folder.path()).absolutePath());
+  EXPECT_TRUE(selectedFilter.startsWith("Wrenfold Files (*.stp)")) << selectedFilter.toStdString();
+  EXPECT_EQ(result->path, QDir(folder.path()).filePath("bench.scp").toStdString());
+  EXPECT_EQ(result->filterIndex, 1);
+
+  OnNextDialog([](QDialog* dialog) { dialog->reject(); });
+  EXPECT_FALSE(host.GetOpenFileName(request).has_value());
+}
+
+TEST_F(QtHostTest, ClipboardNoticesAndScreen) {
+  host.SetClipboardText("Bench 1");
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "Bench 1");
+  EXPECT_EQ(host.ClipboardText(), "Bench 1");
+
+  QSignalSpy notices(&host, &QtHost::propertyChanged);
+  Host::Current().PropertyChanged("Address");
+  ASSERT_EQ(notices.count(), 1);
+  EXPECT_EQ(notices.at(0).at(0).toString(), "Address");
+
+  const QSize screen = QGuiApplication::primaryScreen()->size();
+  EXPECT_EQ(host.ScreenSizeInPixels(), std::make_pair(screen.width(), screen.height()));
+
+  auto window = Window(QRect(10, 10, 100, 100));
+  EXPECT_EQ(QtHost::WidgetOf(QtHost::HandleOf(window.get())), window.get());
+  const WindowHandle gone = QtHost::HandleOf(window.get());
+  window.reset();
+  EXPECT_EQ(QtHost::WidgetOf(gone), nullptr);
+}
+
+}  // namespace
+}  // namespace cvn73100::ui

@@ -1,0 +1,113 @@
+// cvnscope-gui: the control on a Qt form, with its property pages and dialogs, over the instrument
+// the shared form file names (the embedded simulated one when no hardware is configured).
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+#include <cstdio>
+#include <map>
+
+#include "cli/FormFile.h"
+#include "control/Cvn73100Scope.h"
+#include "dialogs/Messages.h"
+#include "iolib/IOLibrary.h"
+#include "platform/ScopeError.h"
+#include "server/Cvn73100Server.h"
+#include "ui/Cvn73100ScopeWidget.h"
+#include "ui/QtHost.h"
+#include "ui/ScopeMainWindow.h"
+#include "ui/ScreenshotTour.h"
+#include "ui/SetupsPage.h"
+#include "ui/UiText.h"
+
+using namespace cvn73100;
+
+namespace {
+
+// Qt's own texts (file dialogs, standard buttons) in the control's language, where Qt's translations
+// are installed.
+QLocale LocaleOf(int countryCode) {
+  static const std::map<int, QLocale> locales{
+      {33, QLocale(QLocale::French, QLocale::France)},  {34, QLocale(QLocale::Spanish, QLocale::Spain)},
+      {39, QLocale(QLocale::Italian, QLocale::Italy)},  {49, QLocale(QLocale::German, QLocale::Germany)},
+      {81, QLocale(QLocale::Japanese, QLocale::Japan)}, {82, QLocale(QLocale::Korean, QLocale::SouthKorea)},
+      {886, QLocale(QLocale::Chinese, QLocale::Taiwan)}};
+  const auto found = locales.find(countryCode);
+  return found == locales.end() ? QLocale(QLocale::English, QLocale::UnitedStates) : found->second;
+}
+
+// The suffix of screenshot names for each language the control speaks.
+QString LanguageSuffix(int countryCode) {
+  static const std::map<int, const char*> suffixes{{1, "en"},  {33, "fr"}, {34, "es"}, {39, "it"},
+                                                   {49, "de"}, {81, "ja"}, {82, "ko"}, {886, "zh-tw"}};
+  const auto found = suffixes.find(countryCode);
+  return found == suffixes.end() ? QString::number(countryCode) : QString(found->second);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("cvnscope-gui");
+  QApplication::setApplicationVersion(QString::fromStdString(Cvn73100Scope::Version()));
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      "The 73100 scope control on a Qt form: property pages, set-ups, waveform and screen image.\n"
+      "With no I/O configuration the built-in simulated instrument answers on GPIB0.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  const QCommandLineOption formOption("form",
+                                      "The form file that keeps the control's properties (shared with cvnscope).",
+                                      "PATH", QString::fromStdString(FormFile::DefaultPath()));
+  const QCommandLineOption countryOption(
+      "country", "Language of the control by country code (1, 33, 34, 39, 49, 81, 82, 886); kept in the form.", "CODE");
+  const QCommandLineOption screenshotOption(
+      "screenshot",
+      "Walk through every page and dialog, save a picture of each in DIR and quit. Starts from a new form "
+      "unless --form is given, and never writes the form back (the result goes to DIR/form.json).",
+      "DIR");
+  parser.addOption(formOption);
+  parser.addOption(countryOption);
+  parser.addOption(screenshotOption);
+  parser.process(application);
+
+  io::RegisterIOLibrary();
+  server::RegisterAutomationServer();
+  ui::RegisterSetupsPage();
+  ui::QtHost host;
+  host.Install();
+
+  // A screenshot tour starts from a new form unless it is given one: it adds setups of its own.
+  const bool touring = parser.isSet(screenshotOption);
+  ui::ScopeMainWindow window(touring && !parser.isSet(formOption) ? QString() : parser.value(formOption));
+  if (parser.isSet(countryOption)) {
+    bool ok = false;
+    const int code = parser.value(countryOption).toInt(&ok);
+    try {
+      if (!ok) throw InvalidPropertyValue();
+      window.Scope().SetCountryCode(code);
+      window.ScopeWidget().Refresh();
+    } catch (const ScopeError& error) {
+      std::fprintf(stderr, "cvnscope-gui: --country %s: %s\n", qPrintable(parser.value(countryOption)),
+                   qPrintable(ui::FromSystem(error.Description())));
+      return 2;
+    }
+  }
+  QTranslator qtTexts;
+  if (qtTexts.load(LocaleOf(static_cast<int>(window.Scope().CountryCode())), "qtbase", "_",
+                   QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&qtTexts);
+  }
+  window.show();
+
+  if (touring) {
+    window.SetSaveOnClose(false);
+    ui::ScreenshotTour tour(window, parser.value(screenshotOption),
+                            LanguageSuffix(static_cast<int>(window.Scope().CountryCode())));
+    tour.Start();
+    return QApplication::exec();
+  }
+  return QApplication::exec();
+}
