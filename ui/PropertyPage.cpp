@@ -6,6 +6,7 @@
 #include "ui/SearchCriteriaPage.h"
 #include "ui/SearchInstrumentsPage.h"
 #include "ui/SetIOPage.h"
+#include "ui/SetupsPage.h"
 
 namespace cvn73100::ui {
 namespace {
@@ -16,6 +17,7 @@ std::map<std::string, PropertyPageFactory>& Registry() {
       {Cvn73100Scope::PAGE_SEARCH_IO, [](QWidget* parent) { return new SearchInstrumentsPage(parent); }},
       {Cvn73100Scope::PAGE_SEARCH_CRITERIA, [](QWidget* parent) { return new SearchCriteriaPage(parent); }},
       {Cvn73100Scope::PAGE_SET_IO, [](QWidget* parent) { return new SetIOPage(parent); }},
+      {Cvn73100Scope::PAGE_SETUPS, [](QWidget* parent) { return new SetupsPage(parent); }},
   };
   return registry;
 }

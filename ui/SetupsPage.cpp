@@ -281,8 +281,4 @@ void SetupsPage::Forward(F handler) {
   emit changed();
 }
 
-void RegisterSetupsPage() {
-  RegisterPropertyPage(Cvn73100Scope::PAGE_SETUPS, [](QWidget* parent) { return new SetupsPage(parent); });
-}
-
 }  // namespace cvn73100::ui

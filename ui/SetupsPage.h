@@ -74,8 +74,4 @@ class SetupsPage : public PropertyPage, public ISetupsPageView {
   bool m_bFilling = false;
 };
 
-// Makes the Setups page available to the property frame under Cvn73100Scope::PAGE_SETUPS. A program
-// calls it once before the frame is first shown; calling it again is harmless.
-void RegisterSetupsPage();
-
 }  // namespace cvn73100::ui

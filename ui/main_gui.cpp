@@ -75,7 +75,6 @@ int main(int argc, char** argv) {
 
   io::RegisterIOLibrary();
   server::RegisterAutomationServer();
-  ui::RegisterSetupsPage();
   ui::QtHost host;
   host.Install();
 

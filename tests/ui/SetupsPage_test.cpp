@@ -305,7 +305,6 @@ TEST_F(SetupsPageTest, PopupMenuCopiesTheNameAndEditsTheSetup) {
 }
 
 TEST_F(SetupsPageTest, TheFrameAppliesOrCancelsTheWorkingCopy) {
-  RegisterSetupsPage();
   for (const bool apply : {false, true}) {
     SCOPED_TRACE(apply ? "Apply" : "Cancel");
     PropertyFrame frame(Control(), {Cvn73100Scope::PAGE_SETUPS}, 0);

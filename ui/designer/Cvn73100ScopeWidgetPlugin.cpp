@@ -50,7 +50,6 @@ QWidget* Cvn73100ScopeWidgetPlugin::createWidget(QWidget* parent) {
   io::RegisterIOLibrary();
   server::RegisterAutomationServer();
   InstallDesignHost();
-  RegisterSetupsPage();
   return new Cvn73100ScopeWidget(parent);
 }
 
