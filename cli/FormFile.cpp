@@ -77,6 +77,11 @@ Variant FromJsonValue(const json& value, int depth = 0) {
   if (depth > 8) throw RuntimeError(ERR_TYPE_MISMATCH, SOURCE);
   if (value.is_null()) return Variant();
   if (value.is_boolean()) return Variant(value.get<bool>());
+  if (value.is_number_unsigned()) {
+    const auto n = value.get<std::uint64_t>();
+    if (n <= static_cast<std::uint64_t>(INT32_MAX)) return Variant(static_cast<std::int32_t>(n));
+    return Variant(static_cast<double>(n));
+  }
   if (value.is_number_integer()) {
     const auto n = value.get<std::int64_t>();
     if (n >= INT32_MIN && n <= INT32_MAX) return Variant(static_cast<std::int32_t>(n));
