@@ -1,0 +1,335 @@
+// Faults of the file system under the control's saves and its support-message log: a write that fails at
+// every 1 KiB offset (RLIMIT_FSIZE, as a disk that fills up there), a rename that fails, an unwritable
+// temporary directory and a symbolic link planted where the log goes.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "cli/FormFile.h"
+#include "control/Cvn73100Scope.h"
+#include "diagnostics/CDebug.h"
+#include "iolib/BoardMap.h"
+#include "iolib/IOManager.h"
+#include "platform/Components.h"
+#include "platform/PropertyBag.h"
+#include "server/Cvn73100Server.h"
+#include "setups/CSetupFile.h"
+#include "setups/SetupsCvn73100Scope.h"
+#include "tests/hardening/Hardening.h"
+
+namespace cvn73100::hardening {
+namespace {
+
+constexpr std::int32_t kPathFileAccessError = 75;
+
+Bytes Pattern(std::size_t size, unsigned seed) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>((i * 131 + seed) ^ (i >> 7));
+  return bytes;
+}
+
+// A native setup file holding `learnString`, written the ordinary way.
+void WriteSetupFile(const fs::path& path, const std::string& model, const Bytes& learnString) {
+  CSetupFile file;
+  file.SetModel(model);
+  file.SetVersion("A.02.10");
+  file.SetUserComments("comments of " + model);
+  file.SetLearnString(learnString);
+  file.WriteFile(path.string());
+}
+
+// What the control keeps in memory, as text that compares exactly.
+std::string Snapshot(const SetupsCvn73100Scope& setups) {
+  MemoryPropertyBag bag;
+  setups.WriteProperties(bag);
+  return FormFile::ToJson(bag);
+}
+std::string Snapshot(const Cvn73100Scope& control) {
+  MemoryPropertyBag bag;
+  control.WriteProperties(bag);
+  return FormFile::ToJson(bag);
+}
+
+// The control needs an I/O library and a server; none of these tests reaches an instrument.
+void RegisterComponents() {
+  server::RegisterAutomationServer();
+  Components::SetIOManagerFactory([] { return std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault()); });
+}
+
+// One kind of save: it writes `old` contents over the target first, then saves the new contents through the
+// code under test, and describes what it holds in memory.
+class Saver {
+ public:
+  virtual ~Saver() = default;
+  virtual void SaveOld(const fs::path& path) = 0;
+  virtual void SaveNew(const fs::path& path) = 0;
+  virtual std::string Memory() const = 0;
+};
+
+class SetupFileSaver : public Saver {
+ public:
+  void SaveOld(const fs::path& path) override { WriteSetupFile(path, "73105B", Pattern(3000, 1)); }
+  void SaveNew(const fs::path& path) override {
+    CSetupFile file;
+    file.SetModel("73135D");
+    file.SetManufacturer("Corvane Technologies");
+    file.SetVersion("A.02.10");
+    file.SetLearnString(Pattern(5200, 2));
+    file.WriteFile(path.string());
+  }
+  std::string Memory() const override { return {}; }
+};
+
+// A setup of a collection saved with SaveToFile.
+class SetupSaver : public Saver {
+ public:
+  explicit SetupSaver(const fs::path& scratch) {
+    CDebug::SetInstance(nullptr);
+    const fs::path source = scratch / "source.scp";
+    WriteSetupFile(source, "73135D", Pattern(6000, 3));
+    m_setups->Add("Kept")->ReadFromFile(source.string());
+    m_setup = m_setups->Add("Saved");
+    m_setup->ReadFromFile(source.string());
+    m_setup->SetComments("saved from the collection");
+    fs::remove(source);
+  }
+  void SaveOld(const fs::path& path) override { WriteSetupFile(path, "73105B", Pattern(2500, 4)); }
+  void SaveNew(const fs::path& path) override { m_setup->SaveToFile(path.string()); }
+  std::string Memory() const override { return Snapshot(*m_setups); }
+
+ private:
+  std::shared_ptr<SetupsCvn73100Scope> m_setups = SetupsCvn73100Scope::Create();
+  std::shared_ptr<SetupCvn73100Scope> m_setup;
+};
+
+// The control's properties saved as the form file.
+class FormSaver : public Saver {
+ public:
+  explicit FormSaver(const fs::path& scratch) : m_tmp("TMPDIR", scratch.string()) {
+    RegisterComponents();
+    m_control = std::make_unique<Cvn73100Scope>();
+    m_control->SetAddress("COM2::Baud=19200,Handshake=DTR_DSR");
+    m_control->SetTXDelay(20);
+    const fs::path source = scratch / "source.scp";
+    WriteSetupFile(source, "73135D", Pattern(3000, 5));
+    for (const char* name : {"One", "Two"}) m_control->Setups()->Add(name)->ReadFromFile(source.string());
+    fs::remove(source);
+  }
+  void SaveOld(const fs::path& path) override {
+    MemoryPropertyBag bag;
+    bag.Set("Address", Variant(std::string("GPIB0::9::INSTR")));
+    bag.Set("Blob", Variant(Pattern(1500, 6)));
+    FormFile(path.string()).Save(bag);
+  }
+  void SaveNew(const fs::path& path) override {
+    MemoryPropertyBag bag;
+    m_control->WriteProperties(bag);
+    FormFile(path.string()).Save(bag);
+  }
+  std::string Memory() const override { return Snapshot(*m_control); }
+
+ private:
+  ScopedEnv m_tmp;
+  std::unique_ptr<Cvn73100Scope> m_control;
+};
+
+struct SaveCase {
+  const char* name;
+  const char* fileName;
+  std::function<std::unique_ptr<Saver>(const fs::path& scratch)> make;
+};
+
+void PrintTo(const SaveCase& c, std::ostream* os) { *os << c.name; }
+
+// Runs `save` and tells whether it raised a ScopeError.
+bool Fails(const std::function<void()>& save) {
+  try {
+    save();
+  } catch (const ScopeError&) {
+    return true;
+  }
+  return false;
+}
+
+class FailedSave : public ::testing::TestWithParam<SaveCase> {
+ protected:
+  void SetUp() override {
+    saver = GetParam().make(scratch.Path());
+    const fs::path probe = folder.Path() / "probe";
+    saver->SaveNew(probe);
+    newBytes = ReadWholeFile(probe);
+    saver->SaveOld(probe);
+    oldBytes = ReadWholeFile(probe);
+    fs::remove(probe);
+    ASSERT_NE(oldBytes, newBytes);
+    ASSERT_GT(newBytes.size(), 4096u);
+    target = folder.Path() / GetParam().fileName;
+  }
+  void TearDown() override {
+    saver.reset();
+    CDebug::SetInstance(nullptr);
+    Components::SetIOManagerFactory(nullptr);
+  }
+
+  TempDir scratch;
+  TempDir folder;  // holds the target and nothing else, so a temporary file left behind shows
+  std::unique_ptr<Saver> saver;
+  std::string oldBytes;
+  std::string newBytes;
+  fs::path target;
+};
+
+TEST_P(FailedSave, AtEveryKibibyteTheFileIsWholeAndMemoryUnchanged) {
+  for (std::size_t offset = 0; offset < newBytes.size() + 1024; offset += 1024) {
+    SCOPED_TRACE("write fails at offset " + std::to_string(offset));
+    WriteWholeFile(target, oldBytes);
+    const std::string memory = saver->Memory();
+    bool failed = false;
+    {
+      FileSizeLimit limit(offset);
+      failed = Fails([&] { saver->SaveNew(target); });
+    }
+    const bool fits = offset >= newBytes.size();
+    EXPECT_EQ(failed, !fits);
+    EXPECT_TRUE(ReadWholeFile(target) == (fits ? newBytes : oldBytes)) << "the file is neither whole old nor whole new";
+    EXPECT_EQ(Listing(folder.Path()), std::set<std::string>{target.filename().string()});
+    EXPECT_EQ(saver->Memory(), memory);
+  }
+}
+
+TEST_P(FailedSave, ARenameThatFailsLeavesTheOldFile) {
+  WriteWholeFile(target, oldBytes);
+  if (!SetImmutable(target, true)) GTEST_SKIP() << "the immutable attribute is not available here";
+  const std::string memory = saver->Memory();
+  const bool failed = Fails([&] { saver->SaveNew(target); });
+  SetImmutable(target, false);
+  EXPECT_TRUE(failed);
+  EXPECT_TRUE(ReadWholeFile(target) == oldBytes);
+  EXPECT_EQ(Listing(folder.Path()), std::set<std::string>{target.filename().string()});
+  EXPECT_EQ(saver->Memory(), memory);
+}
+
+TEST_P(FailedSave, ADirectoryAtTheTargetIsLeftAsItWas) {
+  fs::create_directory(target);
+  WriteWholeFile(target / "inside", oldBytes);
+  const std::string memory = saver->Memory();
+  EXPECT_TRUE(Fails([&] { saver->SaveNew(target); }));
+  EXPECT_TRUE(fs::is_directory(target));
+  EXPECT_TRUE(ReadWholeFile(target / "inside") == oldBytes);
+  EXPECT_EQ(Listing(folder.Path()), std::set<std::string>{target.filename().string()});
+  EXPECT_EQ(saver->Memory(), memory);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hardening, FailedSave,
+    ::testing::Values(
+        SaveCase{"SetupFileWrite", "scope.scp", [](const fs::path&) { return std::make_unique<SetupFileSaver>(); }},
+        SaveCase{"SetupSaveToFile", "setup.scp",
+                 [](const fs::path& scratch) { return std::make_unique<SetupSaver>(scratch); }},
+        SaveCase{"FormFileSave", "form.json",
+                 [](const fs::path& scratch) { return std::make_unique<FormSaver>(scratch); }}),
+    [](const ::testing::TestParamInfo<SaveCase>& param) { return std::string(param.param.name); });
+
+// --- The support-message log. ---
+
+struct LogCase {
+  const char* name;
+  // Prepares `dir` and returns the directory to use as TMPDIR; nullopt when the fault cannot be made here.
+  std::function<std::optional<fs::path>(const fs::path& dir)> prepare;
+};
+
+void PrintTo(const LogCase& c, std::ostream* os) { *os << c.name; }
+
+class UnusableLog : public ::testing::TestWithParam<LogCase> {
+ protected:
+  void SetUp() override {
+    RegisterComponents();
+    WriteWholeFile(victim, "not yours\n");
+  }
+  void TearDown() override {
+    CDebug::SetInstance(nullptr);
+    Components::SetIOManagerFactory(nullptr);
+  }
+  // The error a fresh control raises when it starts its log; 0 when it starts.
+  std::int32_t ConstructionError() {
+    try {
+      Cvn73100Scope control;
+    } catch (const ScopeError& e) {
+      return e.Number();
+    }
+    return 0;
+  }
+
+  TempDir dir;
+  fs::path victim = dir.Path() / "victim";
+};
+
+TEST_P(UnusableLog, TheControlRaisesPathFileAccessAndWritesNothingThroughALink) {
+  const auto tmp = GetParam().prepare(dir.Path());
+  if (!tmp) GTEST_SKIP() << "this fault cannot be made with the rights of this process";
+  ScopedEnv env("TMPDIR", tmp->string());
+  EXPECT_EQ(ConstructionError(), kPathFileAccessError);
+  EXPECT_EQ(ReadWholeFile(victim), "not yours\n");
+  EXPECT_FALSE(fs::exists(dir.Path() / "elsewhere"));
+}
+
+fs::path WithLinkAtTheLog(const fs::path& dir, const fs::path& to) {
+  fs::create_directory(dir / "tmp");
+  fs::create_symlink(to, dir / "tmp" / CDebug::LOG_FILE_NAME);
+  return dir / "tmp";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hardening, UnusableLog,
+    ::testing::Values(
+        LogCase{"TemporaryDirectoryMissing", [](const fs::path& dir) { return std::optional(dir / "missing"); }},
+        LogCase{"TemporaryDirectoryIsAFile",
+                [](const fs::path& dir) {
+                  WriteWholeFile(dir / "file", "");
+                  return std::optional(dir / "file");
+                }},
+        LogCase{"TemporaryDirectoryReadOnly",
+                [](const fs::path& dir) -> std::optional<fs::path> {
+                  fs::create_directory(dir / "ro");
+                  fs::permissions(dir / "ro", fs::perms::owner_read | fs::perms::owner_exec);
+                  // Permissions do not stop root; the immutable attribute does.
+                  if (::geteuid() == 0 && !SetImmutable(dir / "ro", true)) return std::nullopt;
+                  return dir / "ro";
+                }},
+        LogCase{"LinkToAFile", [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "victim")); }},
+        LogCase{"LinkToNothing",
+                [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "elsewhere")); }}),
+    [](const ::testing::TestParamInfo<LogCase>& param) { return std::string(param.param.name); });
+
+// A link planted after the control started: switching the log on again must refuse it as well.
+TEST(UnusableLogLater, ALinkPlantedWhileTheControlRunsIsRefused) {
+  TempDir dir;
+  RegisterComponents();
+  ScopedEnv env("TMPDIR", dir.Path().string());
+  const fs::path victim = dir.Path() / "victim";
+  WriteWholeFile(victim, "not yours\n");
+  {
+    Cvn73100Scope control;
+    const fs::path log = dir.Path() / CDebug::LOG_FILE_NAME;
+    ASSERT_TRUE(fs::is_regular_file(log));
+    fs::remove(log);
+    fs::create_symlink(victim, log);
+    try {
+      control.SetSupportMessageMode(CDebug::MODE_LOG | CDebug::MODE_EVENT);
+      ADD_FAILURE() << "the log was started through the link";
+    } catch (const ScopeError& e) {
+      EXPECT_EQ(e.Number(), kPathFileAccessError) << e.Description();
+    }
+    EXPECT_TRUE(fs::is_symlink(log));
+  }
+  EXPECT_EQ(ReadWholeFile(victim), "not yours\n");
+  CDebug::SetInstance(nullptr);
+  Components::SetIOManagerFactory(nullptr);
+}
+
+}  // namespace
+}  // namespace cvn73100::hardening
