@@ -124,6 +124,7 @@ bool MessageParser::ParseHeader(ProgramUnit& unit) {
 }
 
 bool MessageParser::ParseArgument(Argument& arg) {
+  if (AtEnd()) return Fail(kMissingParameter);  // an argument list ending in a comma
   const char c = Peek();
   if (c == '"' || c == '\'') return ParseString(arg);
   if (c == '#') {
