@@ -50,8 +50,8 @@ def main():
     parser.add_argument("--sim", required=True, help="the cvn73100-sim program")
     parser.add_argument("--cvnscope", required=True, help="the cvnscope program")
     parser.add_argument("--python-path", required=True, help="the folder holding the built cvn73100 package")
-    parser.add_argument("--queries", type=int, default=300, help="queries on an open session")
-    parser.add_argument("--cycles", type=int, default=20, help="open, *IDN?, close cycles")
+    parser.add_argument("--queries", type=int, default=1000, help="queries on an open session")
+    parser.add_argument("--cycles", type=int, default=40, help="open, *IDN?, close cycles")
     args = parser.parse_args()
 
     home = tempfile.mkdtemp(prefix="cvncompare.")

@@ -15,6 +15,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 UNITS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
@@ -88,6 +89,25 @@ def time_cp(size, runs=30):
         return statistics.median(times)
 
 
+class LoadSampler:
+    """Samples the 1-minute load average every few seconds while the benchmarks run."""
+
+    def __init__(self, period=5.0):
+        self.samples = []
+        self._stop = threading.Event()
+        self._thread = threading.Thread(target=self._run, args=(period,), daemon=True)
+        self._thread.start()
+
+    def _run(self, period):
+        while not self._stop.wait(period):
+            self.samples.append(os.getloadavg()[0])
+
+    def stop(self):
+        self._stop.set()
+        self._thread.join()
+        return self.samples or [os.getloadavg()[0]]
+
+
 def machine():
     model = ""
     try:
@@ -125,9 +145,10 @@ def main():
     parser.add_argument("--source", default=os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
     args = parser.parse_args()
     build = os.path.abspath(args.build)
-    bdir = os.path.relpath(build, args.source)
+    # The commands are shown for the default build folder of bench/run.
+    bdir = "build-bench"
 
-    load_before = os.getloadavg()
+    sampler = LoadSampler()
     started = datetime.datetime.now(datetime.timezone.utc)
     work = tempfile.mkdtemp(prefix="cvnbench.")
     results = run_programs(build, work)
@@ -252,7 +273,7 @@ def main():
             f"{e['bytes_per_second'] / 1e6:.0f} MB/s / {copy['bytes_per_second'] / 1e6:.0f} MB/s",
             f"{bdir}/bench/setups/setups_bench --benchmark_filter=Read")
 
-    load_after = os.getloadavg()
+    load = sampler.stop()
     finished = datetime.datetime.now(datetime.timezone.utc)
     m = machine()
 
@@ -269,11 +290,12 @@ def main():
     w("## This run\n")
     w(f"- {started:%Y-%m-%d %H:%M} – {finished:%H:%M} UTC, {m['cores']} cores ({m['cpu']}), Linux {m['kernel']}, "
       f"{m['compiler']}, Release build")
-    w(f"- Load average before / after: {load_before[0]:.1f} / {load_after[0]:.1f} (1 min), "
-      f"{load_before[2]:.1f} / {load_after[2]:.1f} (15 min). "
-      + ("The machine was shared with other builds: wall-clock figures carry that noise, and the ratios that "
-         "compare with a peer measured at another moment (PyVISA-py, cp) more than the others."
-         if max(load_before[0], load_after[0]) > 1.5 else "The machine was otherwise idle."))
+    busy = max(load) > 1.5
+    w(f"- Load average (1 min) sampled every 5 s while the benchmarks ran: mean {statistics.mean(load):.1f}, "
+      f"highest {max(load):.1f}, on {m['cores']} cores; the benchmarks themselves account for up to about 1. "
+      + ("Other work shared the machine at times: wall-clock figures carry that noise, most of all the "
+         "comparisons with a peer measured at another moment (PyVISA-py, cp)."
+         if busy else "Nothing else of note ran meanwhile."))
     w("")
     w("## Figures\n")
     w("| Area | Figure | Ratio | Goal | Met | Measured | Command |")
@@ -290,11 +312,20 @@ def main():
       "algorithm's requirements, not our cost, so they are taken off before comparing; PyVISA-py's cycle has no "
       "waits at all. Our side runs in the same Python process as PyVISA-py, through the `cvn73100` module (C++ "
       "underneath), so both pay the same interpreter overhead for the call.")
-    w("- **What remains above the waits** is the sleeping itself (each wait sleeps in slices and every sleep ends "
-      "a little late, tens of microseconds of timer slack), opening and setting up the port, dropping and raising "
-      "the handshake lines, the clear and the close — a few hundred microseconds against PyVISA-py's whole cycle "
-      "of about the same. The goal of 0.1 is out of reach while six kernel sleeps sit in every query; on an open "
-      "connection, where nothing is mandated, ours is close to it (third row).")
+    beyond50 = (compare["ours_cycle_tx50_s"] - compare["mandated_tx50_s"]) * 1e3 - compare["waits"]
+    beyond0 = (compare["ours_cycle_tx0_s"] - compare["mandated_tx0_s"]) * 1e3 - compare["waits"]
+    def above(ms):
+        return f"{ms:.2f} ms" if ms > 0 else f"nothing measurable ({ms:.2f} ms)"
+
+    w(f"- **What remains above the waits**, with their rounding to the tick counted at its most (6 ms): "
+      f"{above(beyond50)} at TXDelay 50 and {above(beyond0)} at TXDelay 0, against PyVISA-py's whole cycle of "
+      f"{py_cycle:.2f} ms. It grows with the length of the waits: "
+      "each wait sleeps in slices of whole milliseconds that start in the middle of a tick, so every slice ends "
+      "up to a millisecond after the tick the wait was waiting for. The I/O itself (opening and setting up the "
+      "port, the handshake lines, the clear, the exchange and the close) is a small part, as the TXDelay 0 row "
+      "shows. A goal of 0.1 of PyVISA-py's cycle (tens of microseconds) is out of reach while six kernel sleeps "
+      "sit in every identification query; on an open connection, where nothing is mandated, see the row of "
+      "`*IDN?` on an open connection.")
     w("- **Line rate.** The simulator paces its output at the line rate (baud / 10 bytes per second); a ratio "
       "of 1 means the transfer is as fast as the line allows, and the small shortfall is the query's own "
       "round trip and the block header.")
