@@ -21,7 +21,6 @@ constexpr const char* SERIAL_IO_TYPE = "ASRL";
 constexpr const char* IDN_QUERY = "*IDN?";
 constexpr const char* GPIB_WORD = "GPIB";
 constexpr std::size_t RS232_PORT_NAME_LENGTH = 4;  // "COM" and one digit
-constexpr std::int32_t LONGEST_WAIT_SLICE_MS = 5;
 // FlushRXBuffer gives up after this many bytes, so a device that never stops talking cannot hold the thread.
 constexpr int FLUSH_BYTE_LIMIT = 65536;
 
@@ -109,8 +108,9 @@ void CQueryInstrument::Wait(std::int32_t milliseconds) {
       AssertFalse("Wait", "ElseIf");
       throw InvalidPropertyValue();
     }
-    const std::int64_t remaining = end + 1 - now;
-    os.Sleep(static_cast<std::int32_t>(std::min<std::int64_t>(remaining, LONGEST_WAIT_SLICE_MS)));
+    // Wake on the tick that ends the wait, or on the wrap of the counter when that comes first.
+    const std::int64_t wake = std::min<std::int64_t>(end + 1, std::int64_t{INT32_MAX} + 1);
+    os.SleepUntilTick(static_cast<std::int32_t>(static_cast<std::uint32_t>(wake)));
   }
 }
 

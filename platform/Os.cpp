@@ -1,17 +1,29 @@
 #include "platform/Os.h"
 
 #include <iconv.h>
+#include <time.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
 
 namespace cvn73100 {
 namespace {
 
 Os* g_current = nullptr;
+
+constexpr std::int64_t NS_PER_MS = 1'000'000;
+constexpr std::int64_t NS_PER_S = 1'000'000'000;
+constexpr std::int64_t FINAL_POLL_NS = 200'000;
+
+// The tick counter's clock: CLOCK_MONOTONIC, whose whole milliseconds are the ticks, so that the start of a tick
+// is an instant an absolute sleep can aim at.
+std::int64_t MonotonicNs() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * NS_PER_S + now.tv_nsec;
+}
 
 }  // namespace
 
@@ -23,14 +35,25 @@ Os& Os::Current() {
 void Os::SetCurrent(Os* os) { g_current = os; }
 
 std::int32_t RealOs::GetTickCount() {
-  const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                      std::chrono::steady_clock::now().time_since_epoch())
-                      .count();
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(ms));
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(MonotonicNs() / NS_PER_MS));
 }
 
-void RealOs::Sleep(std::int32_t milliseconds) {
-  if (milliseconds > 0) std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+void RealOs::SleepUntilTick(std::int32_t tick) {
+  const std::int64_t nowNs = MonotonicNs();
+  const std::int64_t nowMs = nowNs / NS_PER_MS;
+  const auto ahead = static_cast<std::int32_t>(static_cast<std::uint32_t>(tick) - static_cast<std::uint32_t>(nowMs));
+  if (ahead <= 0) return;
+  const std::int64_t tickNs = (nowMs + ahead) * NS_PER_MS;
+  // The kernel wakes a sleeper tens of microseconds late (more with the thread's timer slack): sleep to just
+  // before the tick and read the clock for the rest, so that the wait ends on the tick itself.
+  const std::int64_t wakeNs = tickNs - FINAL_POLL_NS;
+  if (wakeNs > nowNs) {
+    const timespec wake{static_cast<time_t>(wakeNs / NS_PER_S), static_cast<long>(wakeNs % NS_PER_S)};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr) == EINTR) {
+    }
+  }
+  while (MonotonicNs() < tickNs) {
+  }
 }
 
 std::string RealOs::TempPath() {

@@ -12,8 +12,9 @@ class Os {
 
   // Milliseconds since an arbitrary start, wrapping at 2^32 and read as a signed 32-bit value.
   virtual std::int32_t GetTickCount() = 0;
-  // Blocks the calling thread for about `milliseconds` without using the CPU.
-  virtual void Sleep(std::int32_t milliseconds) = 0;
+  // Blocks the calling thread until the tick counter reads `tick`, asleep for all but the last fraction of a
+  // millisecond; returns at once when it already has (ticks compared across the wrap, as signed 32-bit differences).
+  virtual void SleepUntilTick(std::int32_t tick) = 0;
   // The temporary directory, ending in '/'.
   virtual std::string TempPath() = 0;
   // Whether the code page's characters take more than one byte (932, 949, 950 for the Asian languages).
@@ -30,17 +31,20 @@ class Os {
 class RealOs : public Os {
  public:
   std::int32_t GetTickCount() override;
-  void Sleep(std::int32_t milliseconds) override;
+  void SleepUntilTick(std::int32_t tick) override;
   std::string TempPath() override;
   bool CodePageIsDoubleByte(int codePage) override;
   std::string ProgramFolder() override;
 };
 
-// A clock the test advances (Sleep advances it too) and settings the test chooses.
+// A clock the test advances (sleeping advances it too) and settings the test chooses.
 class FakeOs : public Os {
  public:
   std::int32_t GetTickCount() override { return m_tick; }
-  void Sleep(std::int32_t milliseconds) override { Advance(milliseconds); }
+  void SleepUntilTick(std::int32_t tick) override {
+    const auto ahead = static_cast<std::int32_t>(static_cast<std::uint32_t>(tick) - static_cast<std::uint32_t>(m_tick));
+    if (ahead > 0) m_tick = tick;
+  }
   std::string TempPath() override { return m_tempPath; }
   bool CodePageIsDoubleByte(int codePage) override { return m_doubleByte[codePage]; }
   std::string ProgramFolder() override { return m_programFolder; }

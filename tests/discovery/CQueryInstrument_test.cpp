@@ -226,6 +226,18 @@ TEST(CQueryInstrumentWait, LeavesOnTheFirstTickPastTheEnd) {
   }
 }
 
+TEST(CQueryInstrumentWait, NeverEndsEarlyOnTheRealClock) {
+  RealOs os;
+  for (const std::int32_t ms : {0, 1, 3, 7}) {
+    const std::int32_t start = os.GetTickCount();
+    CQueryInstrument::Wait(ms);
+    EXPECT_GT(os.GetTickCount(), start + ms) << ms << " ms";
+  }
+  const std::int32_t now = os.GetTickCount();
+  os.SleepUntilTick(now - 5);  // a tick already past returns at once
+  EXPECT_LE(os.GetTickCount() - now, 1);
+}
+
 TEST(CQueryInstrumentWait, CounterWrapIsAnError) {
   for (const std::int32_t ms : {50, 5}) {
     AssertionLog assertions;
