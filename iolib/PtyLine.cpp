@@ -64,6 +64,7 @@ PtyLine::PtyLine(const std::string& path) : m_path(path) {
     Close();
     throw IOError(IOERR_OPEN_FAILED, path + ": " + std::strerror(err));
   }
+  m_settings = settings;
   ::tcflush(m_fd, TCIFLUSH);
 }
 
@@ -77,10 +78,13 @@ void PtyLine::Close() noexcept {
 
 template <typename Change>
 void PtyLine::Modify(Change change, const char* what) {
-  termios settings{};
-  if (::tcgetattr(m_fd, &settings) != 0) throw ErrnoError::Make(errno, m_path + " " + what);
+  // Only this side sets the line, so the settings it last applied are the line's: an unchanged setting
+  // costs no system call (a query sets the same handshake several times).
+  termios settings = m_settings;
   change(settings);
+  if (std::memcmp(&settings, &m_settings, sizeof settings) == 0) return;
   if (::tcsetattr(m_fd, TCSANOW, &settings) != 0) throw ErrnoError::Make(errno, m_path + " " + what);
+  m_settings = settings;
 }
 
 void PtyLine::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {

@@ -1,4 +1,6 @@
 #pragma once
+#include <termios.h>
+
 #include <string>
 
 #include "iolib/SerialLine.h"
@@ -42,6 +44,7 @@ class PtyLine : public SerialLine {
 
   std::string m_path;
   int m_fd = -1;
+  termios m_settings{};
 };
 
 }  // namespace cvn73100::io
