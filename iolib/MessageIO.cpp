@@ -112,11 +112,15 @@ std::int32_t MessageIO::ReadBytes(std::int32_t count, Bytes& buffer) {
     const auto begin = m_pending.begin() + static_cast<std::ptrdiff_t>(m_pendingStart);
     bytes.insert(bytes.end(), begin, begin + static_cast<std::ptrdiff_t>(fromPending));
     m_pendingStart += fromPending;
-    if (PendingSize() == 0) DropPending();
-    while (bytes.size() < wanted) {
-      bool end = false;
+    // A message that has ended sends nothing more: stop there rather than wait out the timeout.
+    bool ended = false;
+    if (PendingSize() == 0) {
+      ended = fromPending > 0 && m_pendingEnd;
+      DropPending();
+    }
+    while (bytes.size() < wanted && !ended) {
       const std::size_t n =
-          DoRead(Scratch(), std::min(wanted - bytes.size(), kReadChunk), ReadKind::Bytes, deadline, end);
+          DoRead(Scratch(), std::min(wanted - bytes.size(), kReadChunk), ReadKind::Bytes, deadline, ended);
       if (n == 0) ReadTimedOut("bytes", !bytes.empty());
       bytes.insert(bytes.end(), Scratch(), Scratch() + n);
     }
@@ -125,7 +129,7 @@ std::int32_t MessageIO::ReadBytes(std::int32_t count, Bytes& buffer) {
     throw;
   }
   buffer = std::move(bytes);
-  return count;
+  return static_cast<std::int32_t>(buffer.size());
 }
 
 void MessageIO::ReadTimedOut(const char* what, bool partial) {

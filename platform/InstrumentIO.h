@@ -79,7 +79,8 @@ class IInstrumentIO {
   // The write termination: 10 (LF, the default) appends a line feed; 0 appends nothing.
   virtual std::int16_t OutputTermination() const = 0;
   virtual void SetOutputTermination(std::int16_t termination) = 0;
-  // Reads exactly `count` bytes into `buffer` (replacing its contents) within one Timeout; returns the count.
+  // Reads `count` bytes into `buffer` (replacing its contents) within one Timeout, or fewer when the message
+  // ends first (EOI on GPIB); returns how many it read.
   virtual std::int32_t ReadBytes(std::int32_t count, Bytes& buffer) = 0;
   // Writes the first `count` bytes of `buffer` as they are (no termination).
   virtual void WriteBytes(std::int32_t count, const Bytes& buffer) = 0;

@@ -110,6 +110,34 @@ TEST(MessageIOTest, ReadBytesTakesBufferedBytesFirstAndReadsExactly) {
   EXPECT_TRUE(bytes.empty());
 }
 
+TEST(MessageIOTest, ReadBytesStopsAtTheEndOfAMessage) {
+  const struct {
+    const char* name;
+    std::vector<ScriptedIO::Chunk> chunks;
+    bool enterFirst;                 // read one line with Enter before the bytes
+    std::vector<std::int32_t> asks;  // successive ReadBytes counts
+    std::vector<std::string> gets;
+  } cases[] = {
+      {"EOI before the count", {{"ab", true}}, false, {5}, {"ab"}},
+      {"EOI exactly at the count", {{"ab", true}}, false, {2}, {"ab"}},
+      {"a message longer than asked", {{"abc", false}, {"def", true}}, false, {4, 5}, {"abcd", "ef"}},
+      {"the rest of a message Enter left behind", {{"x\nab", true}}, true, {5}, {"ab"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ScriptedIO io;
+    io.script.assign(c.chunks.begin(), c.chunks.end());
+    std::string line;
+    if (c.enterFirst) io.Enter(line);
+    for (std::size_t i = 0; i < c.asks.size(); ++i) {
+      Bytes bytes;
+      EXPECT_EQ(io.ReadBytes(c.asks[i], bytes), static_cast<std::int32_t>(c.gets[i].size()));
+      EXPECT_EQ(std::string(bytes.begin(), bytes.end()), c.gets[i]);
+    }
+    EXPECT_TRUE(io.timeouts.empty());
+  }
+}
+
 TEST(MessageIOTest, WritesCarryTheTerminationAndDropStaleInput) {
   ScriptedIO io;
   io.script = {{"old reply\nmore", false}};
