@@ -182,7 +182,7 @@ void Cvn73100Server::SingleTrigger() { m_channel.Write(":SINGle"); }
 void Cvn73100Server::StopTrigger() { m_channel.Write(":STOP"); }
 
 void Cvn73100Server::Output(const Variant& outputBuffer) {
-  IInstrumentIO& io = m_channel.IO();
+  IInstrumentIO& io = m_channel.ForWriting();
   if (outputBuffer.GetType() == Variant::Type::ByteArray) {
     const Bytes& bytes = outputBuffer.AsBytes();
     io.WriteBytes(static_cast<std::int32_t>(bytes.size()), bytes);
@@ -192,14 +192,13 @@ void Cvn73100Server::Output(const Variant& outputBuffer) {
 }
 
 void Cvn73100Server::Enter(Variant& inputBuffer, const Variant& format) {
-  IInstrumentIO& io = m_channel.IO();
   const std::string image = format.IsEmpty() ? std::string("K") : format.AsString();
   if (image == "B" || image == "b") {
-    inputBuffer = Variant(BlockReader(io, BlockReader::WAVEFORM_CAP, BlockReader::AllowancePerByte(io)).Read());
+    inputBuffer = Variant(m_channel.ReadBlock(BlockReader::WAVEFORM_CAP));
     return;
   }
   std::string reply;
-  io.Enter(reply, image);
+  m_channel.Enter(reply, image);
   inputBuffer = Variant(std::move(reply));
 }
 
@@ -207,7 +206,7 @@ void Cvn73100Server::ReadBytes(std::int32_t& count, Bytes& buffer) {
   if (count < 0 || count > MAX_READ_BYTES) {
     throw ServerError(SERVERERR_BAD_ARGUMENT, "byte count " + std::to_string(count));
   }
-  count = m_channel.IO().ReadBytes(count, buffer);
+  count = m_channel.ReadBytes(count, buffer);
 }
 
 void Cvn73100Server::WriteBytes(std::int32_t count, Bytes& buffer) {
@@ -215,7 +214,7 @@ void Cvn73100Server::WriteBytes(std::int32_t count, Bytes& buffer) {
     throw ServerError(SERVERERR_BAD_ARGUMENT,
                       "byte count " + std::to_string(count) + " for " + std::to_string(buffer.size()) + " bytes");
   }
-  m_channel.IO().WriteBytes(count, buffer);
+  m_channel.ForWriting().WriteBytes(count, buffer);
 }
 
 void Cvn73100Server::GetWaveformData(Cvn73100_AnalogChannels channel, Cvn73100_WaveformPoints points, Variant& time,

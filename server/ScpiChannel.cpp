@@ -1,6 +1,8 @@
 #include "server/ScpiChannel.h"
 
+#include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 
 #include "platform/Components.h"
@@ -13,6 +15,10 @@ namespace {
 
 constexpr std::int16_t DATA_BITS = 8;
 constexpr std::int16_t STOP_BITS = 1;
+// Two queries in one message: their joint answer is not one a stale reply to a single "*OPC?" could be.
+constexpr const char* SYNC_QUERY = "*OPC?;*OPC?";
+constexpr const char* SYNC_ANSWER = "1;1";
+constexpr std::int32_t RESYNC_QUIET_MS = 50;
 
 std::string Trim(const std::string& text) {
   const auto begin = text.find_first_not_of(" \t\r\n");
@@ -51,12 +57,14 @@ void ScpiChannel::Open(const std::string& address) {
   }
   m_io = std::move(io);
   m_address = address;
+  m_replyOwed = false;
 }
 
 void ScpiChannel::Close() {
   std::shared_ptr<IInstrumentIO> io = std::move(m_io);
   m_io.reset();
   m_address.clear();
+  m_replyOwed = false;
   if (io) io->Port().Close();
 }
 
@@ -65,13 +73,100 @@ std::shared_ptr<IInstrumentIO> ScpiChannel::Shared() const {
   return m_io;
 }
 
-void ScpiChannel::Write(const std::string& command) { IO().Output(command); }
+template <class Read>
+auto ScpiChannel::Reading(Read&& read) {
+  IInstrumentIO& io = IO();
+  try {
+    return read(io);
+  } catch (const ScopeError& error) {
+    if (io.Serial() && IOErrorCondition(error) == IOERR_TIMEOUT) m_replyOwed = true;
+    throw;
+  }
+}
+
+IInstrumentIO& ScpiChannel::ForWriting() {
+  IInstrumentIO& io = IO();
+  if (m_replyOwed) Resynchronise(io);
+  return io;
+}
+
+void ScpiChannel::Resynchronise(IInstrumentIO& io) {
+  using Clock = std::chrono::steady_clock;
+  const std::int32_t timeout = io.Timeout();
+  // Long enough for the answer and its line feed at the line's rate after the instrument has turned round.
+  const auto quiet = std::chrono::milliseconds(RESYNC_QUIET_MS) +
+                     std::chrono::duration_cast<Clock::duration>(
+                         std::chrono::duration<double, std::milli>(5 * BlockReader::AllowancePerByte(io)));
+  const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(timeout);
+  const auto notInStep = [&] {
+    return IOError(IOERR_TIMEOUT, m_address + ": no answer to " + SYNC_QUERY + " within " + std::to_string(timeout) +
+                                      " ms, after a reply that did not come in time");
+  };
+  io.Clear();
+  io.Output(SYNC_QUERY);
+  bool answered = false;
+  try {
+    for (;;) {
+      const Clock::time_point until = answered ? std::min(deadline, Clock::now() + quiet) : deadline;
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
+      if (left <= 0) {
+        if (answered) break;
+        throw notInStep();
+      }
+      io.SetTimeout(static_cast<std::int32_t>(left));
+      std::string line;
+      try {
+        io.Enter(line, "K");
+      } catch (const ScopeError& error) {
+        if (IOErrorCondition(error) == IOERR_TIMEOUT) {
+          if (answered) break;
+          throw notInStep();
+        }
+        throw;
+      }
+      answered = Trim(line) == SYNC_ANSWER;
+    }
+  } catch (...) {
+    io.SetTimeout(timeout);
+    throw;
+  }
+  io.SetTimeout(timeout);
+  m_replyOwed = false;
+}
+
+void ScpiChannel::Enter(std::string& reply, const std::string& image) {
+  Reading([&](IInstrumentIO& io) {
+    io.Enter(reply, image);
+    return 0;
+  });
+}
+
+std::int32_t ScpiChannel::ReadBytes(std::int32_t count, Bytes& buffer) {
+  return Reading([&](IInstrumentIO& io) { return io.ReadBytes(count, buffer); });
+}
+
+Bytes ScpiChannel::ReadBlock(std::size_t cap) {
+  IInstrumentIO& io = IO();
+  try {
+    return BlockReader(io, cap, BlockReader::AllowancePerByte(io)).Read();
+  } catch (const ScopeError&) {
+    // The rest of a refused, broken or late reply must not be taken for the answer to the next query; on a
+    // serial line more of it may still be on its way.
+    if (io.Serial()) m_replyOwed = true;
+    try {
+      io.Clear();
+    } catch (const ScopeError&) {
+    }
+    throw;
+  }
+}
+
+void ScpiChannel::Write(const std::string& command) { ForWriting().Output(command); }
 
 std::string ScpiChannel::Query(const std::string& query) {
-  IInstrumentIO& io = IO();
-  io.Output(query);
+  ForWriting().Output(query);
   std::string reply;
-  io.Enter(reply, "K");
+  Enter(reply, "K");
   return reply;
 }
 
@@ -100,24 +195,14 @@ std::int32_t ScpiChannel::QueryInteger(const std::string& query) {
 }
 
 Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap) {
-  IInstrumentIO& io = IO();
-  io.Output(query);
-  try {
-    return BlockReader(io, cap, BlockReader::AllowancePerByte(io)).Read();
-  } catch (const ScopeError&) {
-    // The rest of a refused, broken or late reply must not be taken for the answer to the next query.
-    try {
-      io.Clear();
-    } catch (const ScopeError&) {
-    }
-    throw;
-  }
+  ForWriting().Output(query);
+  return ReadBlock(cap);
 }
 
 void ScpiChannel::WriteBlock(const std::string& header, const Bytes& data) {
   std::string message = header + " " + BlockReader::Header(data.size());
   message.append(data.begin(), data.end());
-  IO().Output(message);
+  ForWriting().Output(message);
 }
 
 }  // namespace cvn73100::server

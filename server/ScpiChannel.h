@@ -30,6 +30,16 @@ class ScpiChannel {
   std::shared_ptr<IInstrumentIO> Shared() const;
   IInstrumentIO& IO() const { return *Shared(); }
 
+  // The channel, ready for a new message. An instrument on a serial line whose reply was not read in time may
+  // still send it; before anything new is sent, it is brought back in step (see Resynchronise).
+  IInstrumentIO& ForWriting();
+  // Reads of the reply to the last message; a read that times out on a serial line leaves a reply owed.
+  void Enter(std::string& reply, const std::string& image);
+  std::int32_t ReadBytes(std::int32_t count, Bytes& buffer);
+  // Reads a definite-length block of at most `cap` bytes. A failed transfer clears the channel so the next
+  // command starts on an empty line.
+  Bytes ReadBlock(std::size_t cap);
+
   void Write(const std::string& command);
   // Sends `query` and reads one reply line.
   std::string Query(const std::string& query);
@@ -37,8 +47,7 @@ class ScpiChannel {
   double QueryReal(const std::string& query);
   // A reply read as a whole number (an enumerated setting).
   std::int32_t QueryInteger(const std::string& query);
-  // Sends `query` and reads the definite-length block of its reply, at most `cap` bytes. A failed
-  // transfer clears the channel so the next command starts on an empty line.
+  // Sends `query` and reads the definite-length block of its reply (ReadBlock).
   Bytes QueryBlock(const std::string& query, std::size_t cap);
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
@@ -46,9 +55,18 @@ class ScpiChannel {
   static double ParseReal(const std::string& text);
 
  private:
+  // Runs a read; on a serial line, a timeout means the instrument may still answer later.
+  template <class Read>
+  auto Reading(Read&& read);
+  // Asks "*OPC?" twice in one message and discards every line before the joint answer: the instrument gives it
+  // only after whatever it still owes. Lines that follow the answer at once (an earlier synchronisation's late
+  // answer came first) are read until the line is quiet.
+  void Resynchronise(IInstrumentIO& io);
+
   std::shared_ptr<IIOManager> m_ioManager;
   std::shared_ptr<IInstrumentIO> m_io;
   std::string m_address;
+  bool m_replyOwed = false;
 };
 
 }  // namespace cvn73100::server
