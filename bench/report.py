@@ -138,12 +138,45 @@ def meets(value, goal):
     return "yes" if ok else "**no**"
 
 
+def fuzz_counts(source):
+    path = os.path.join(source, "docs", "fuzz-counts.txt")
+    return open(path).read().rstrip() if os.path.exists(path) else None
+
+
+FUZZ_HEADING = "## Fuzzing"
+
+
+def fuzz_section(fuzz):
+    lines = [FUZZ_HEADING + "\n"]
+    if fuzz:
+        lines += ["Inputs run per target, from `docs/fuzz-counts.txt` (written by `scripts/fuzz`):\n", "```", fuzz,
+                  "```"]
+    else:
+        lines.append("`docs/fuzz-counts.txt` has not been written yet: run `scripts/fuzz` to produce the counts.")
+    return lines + [""]
+
+
+def refresh_fuzz_section(report, source):
+    """Puts the current fuzz counts into an existing report, leaving every other section as it was."""
+    text = open(report).read()
+    start = text.index(FUZZ_HEADING + "\n")
+    end = text.index("\n## ", start + len(FUZZ_HEADING)) + 1
+    with open(report, "w") as f:
+        f.write(text[:start] + "\n".join(fuzz_section(fuzz_counts(source))) + "\n" + text[end:])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True)
+    parser.add_argument("--build")
     parser.add_argument("--out", required=True)
     parser.add_argument("--source", default=os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+    parser.add_argument("--fuzz-only", action="store_true", help="only refresh the fuzzing section of --out")
     args = parser.parse_args()
+    if args.fuzz_only:
+        refresh_fuzz_section(args.out, args.source)
+        return
+    if not args.build:
+        parser.error("--build is required")
     build = os.path.abspath(args.build)
     # The commands are shown for the default build folder of bench/run.
     bdir = "build-bench"
@@ -283,8 +316,7 @@ def main():
     finished = datetime.datetime.now(datetime.timezone.utc)
     m = machine()
 
-    fuzz_path = os.path.join(args.source, "docs", "fuzz-counts.txt")
-    fuzz = open(fuzz_path).read().rstrip() if os.path.exists(fuzz_path) else None
+    fuzz = fuzz_counts(args.source)
 
     out = []
     w = out.append
@@ -337,15 +369,7 @@ def main():
       "the row against a plain synced write shows the price of atomicity alone.")
     w("- **Parsers** have no goal of their own; the ratio says how close each comes to only touching its bytes.")
     w("")
-    w("## Fuzzing\n")
-    if fuzz:
-        w("Inputs run per target, from `docs/fuzz-counts.txt` (written by `scripts/fuzz`):\n")
-        w("```")
-        w(fuzz)
-        w("```")
-    else:
-        w("`docs/fuzz-counts.txt` has not been written yet: run `scripts/fuzz` to produce the counts.")
-    w("")
+    out.extend(fuzz_section(fuzz))
     w("## Raw results\n")
     w("Every benchmark of every program, as Google Benchmark reported it (real time per iteration and the counters).\n")
     for name, r in sorted(results.items()):
