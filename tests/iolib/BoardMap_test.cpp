@@ -23,11 +23,11 @@ struct GpibCase {
 
 TEST(BoardMapTest, GpibValues) {
   const GpibCase cases[] = {
-      {"sim", 0, true, GpibKind::Simulated, 0, "", "", 1234},
-      {" SIM ", 0, true, GpibKind::Simulated, 0, "", "", 1234},
-      {"none", 1, true, GpibKind::None, 0, "", "", 1234},
-      {"linux-gpib", 2, true, GpibKind::LinuxGpib, 2, "", "", 1234},
-      {"Linux-GPIB:15", 0, true, GpibKind::LinuxGpib, 15, "", "", 1234},
+      {"sim", 0, true, GpibKind::Simulated, 0},
+      {" SIM ", 0, true, GpibKind::Simulated, 0},
+      {"none", 1, true, GpibKind::None, 0},
+      {"linux-gpib", 2, true, GpibKind::LinuxGpib, 2},
+      {"Linux-GPIB:15", 0, true, GpibKind::LinuxGpib, 15},
       {"linux-gpib:16", 0, false},
       {"linux-gpib:", 0, false},
       {"linux-gpib:-1", 0, false},
@@ -90,129 +90,76 @@ TEST(BoardMapTest, ComValues) {
   }
 }
 
-// What a process sees: its environment and the files that exist.
+const std::string kHomeConf = "/home/u/.config/cvn73100/io.conf";
+
+// What a process sees (its environment and the files that exist), and what the map made of it.
 struct LoadCase {
   const char* name;
-  std::map<std::string, std::string> environment;
-  std::map<std::string, std::string> files;
-  // Expectations.
-  const char* configPath;
-  bool embedded;
-  BoardMap::ComTarget com1;
-  BoardMap::ComTarget com2;
-  GpibKind gpib0;
-  GpibKind gpib1;
-  const char* libgpib;
-  std::size_t problems;
+  std::map<std::string, std::string> environment = {{"HOME", "/home/u"}};
+  std::map<std::string, std::string> files = {};
+  std::string configPath = kHomeConf;
+  bool embedded = false;
+  BoardMap::ComTarget com1 = {ComKind::Node, "/dev/ttyS0", {}};
+  BoardMap::ComTarget com2 = {ComKind::Node, "/dev/ttyS1", {}};
+  GpibKind gpib0 = GpibKind::None;
+  GpibKind gpib1 = GpibKind::None;
+  std::string libgpib = "libgpib.so.0";
+  std::size_t problems = 0;
 };
 
 TEST(BoardMapTest, LoadFromFileAndEnvironment) {
-  const BoardMap::ComTarget ttyS0{ComKind::Node, "/dev/ttyS0", {}};
-  const BoardMap::ComTarget ttyS1{ComKind::Node, "/dev/ttyS1", {}};
-  const std::string homeConf = "/home/u/.config/cvn73100/io.conf";
   const LoadCase cases[] = {
-      {"nothing configured",
-       {{"HOME", "/home/u"}},
-       {},
-       homeConf.c_str(),
-       true,
-       ttyS0,
-       ttyS1,
-       GpibKind::Simulated,
-       GpibKind::None,
-       "libgpib.so.0",
-       0},
-      {"no home at all", {}, {}, "", true, ttyS0, ttyS1, GpibKind::Simulated, GpibKind::None, "libgpib.so.0", 0},
-      {"XDG before HOME",
-       {{"HOME", "/home/u"}, {"XDG_CONFIG_HOME", "/xdg"}},
-       {{"/xdg/cvn73100/io.conf", "GPIB1 = linux-gpib:0\n"}, {homeConf, "COM1 = sim\n"}},
-       "/xdg/cvn73100/io.conf",
-       false,
-       ttyS0,
-       ttyS1,
-       GpibKind::None,
-       GpibKind::LinuxGpib,
-       "libgpib.so.0",
-       0},
-      {"explicit file wins",
-       {{"HOME", "/home/u"}, {"CVN73100_IO_CONF", "/etc/io.conf"}},
-       {{"/etc/io.conf", "COM1 = /dev/ttyUSB0\n"}, {homeConf, "COM1 = sim\n"}},
-       "/etc/io.conf",
-       false,
-       {ComKind::Node, "/dev/ttyUSB0", {}},
-       ttyS1,
-       GpibKind::None,
-       GpibKind::None,
-       "libgpib.so.0",
-       0},
-      {"explicit file missing",
-       {{"CVN73100_IO_CONF", "/nowhere.conf"}},
-       {},
-       "/nowhere.conf",
-       true,
-       ttyS0,
-       ttyS1,
-       GpibKind::Simulated,
-       GpibKind::None,
-       "libgpib.so.0",
-       1},
-      {"an override keeps the embedded bus",
-       {{"HOME", "/home/u"}, {"CVN73100_COM1", "/dev/pts/5"}},
-       {},
-       homeConf.c_str(),
-       true,
-       {ComKind::Node, "/dev/pts/5", {}},
-       ttyS1,
-       GpibKind::Simulated,
-       GpibKind::None,
-       "libgpib.so.0",
-       0},
-      {"an override replaces the embedded bus",
-       {{"HOME", "/home/u"}, {"CVN73100_GPIB0", "prologix-tcp:127.0.0.1:1234"}},
-       {},
-       homeConf.c_str(),
-       false,
-       ttyS0,
-       ttyS1,
-       GpibKind::PrologixTcp,
-       GpibKind::None,
-       "libgpib.so.0",
-       0},
-      {"environment beats file, empty values are unset",
-       {{"HOME", "/home/u"}, {"CVN73100_COM2", "sim"}, {"CVN73100_COM1", "  "}, {"CVN73100_LIBGPIB", "/opt/g.so"}},
-       {{homeConf, "COM2 = /dev/ttyUSB3\nCOM1 = none\nLIBGPIB = /usr/lib/libgpib.so.0\n"}},
-       homeConf.c_str(),
-       false,
-       {ComKind::None, "", {}},
-       {ComKind::Simulated, "", {}},
-       GpibKind::None,
-       GpibKind::None,
-       "/opt/g.so",
-       0},
-      {"bad lines are skipped and reported",
-       {{"HOME", "/home/u"}, {"CVN73100_GPIB1", "gpib-usb"}},
-       {{homeConf,
-         "# board map\n; old comment\n[ports]\nbogus\nCOM9 = /dev/x\nGPIB0 = foo\ncom2 = sim\n\nGpib1=sim\r\n"}},
-       homeConf.c_str(),
-       false,
-       ttyS0,
-       {ComKind::Simulated, "", {}},
-       GpibKind::None,
-       GpibKind::Simulated,
-       "libgpib.so.0",
-       4},
+      {.name = "nothing configured", .embedded = true, .gpib0 = GpibKind::Simulated},
+      {.name = "no home at all", .environment = {}, .configPath = "", .embedded = true, .gpib0 = GpibKind::Simulated},
+      {.name = "XDG before HOME",
+       .environment = {{"HOME", "/home/u"}, {"XDG_CONFIG_HOME", "/xdg"}},
+       .files = {{"/xdg/cvn73100/io.conf", "GPIB1 = linux-gpib:0\n"}, {kHomeConf, "COM1 = sim\n"}},
+       .configPath = "/xdg/cvn73100/io.conf",
+       .gpib1 = GpibKind::LinuxGpib},
+      {.name = "explicit file wins",
+       .environment = {{"HOME", "/home/u"}, {"CVN73100_IO_CONF", "/etc/io.conf"}},
+       .files = {{"/etc/io.conf", "COM1 = /dev/ttyUSB0\n"}, {kHomeConf, "COM1 = sim\n"}},
+       .configPath = "/etc/io.conf",
+       .com1 = {ComKind::Node, "/dev/ttyUSB0", {}}},
+      {.name = "explicit file missing",
+       .environment = {{"CVN73100_IO_CONF", "/nowhere.conf"}},
+       .configPath = "/nowhere.conf",
+       .embedded = true,
+       .gpib0 = GpibKind::Simulated,
+       .problems = 1},
+      {.name = "an override keeps the embedded bus",
+       .environment = {{"HOME", "/home/u"}, {"CVN73100_COM1", "/dev/pts/5"}},
+       .embedded = true,
+       .com1 = {ComKind::Node, "/dev/pts/5", {}},
+       .gpib0 = GpibKind::Simulated},
+      {.name = "an override replaces the embedded bus",
+       .environment = {{"HOME", "/home/u"}, {"CVN73100_GPIB0", "prologix-tcp:127.0.0.1:1234"}},
+       .gpib0 = GpibKind::PrologixTcp},
+      {.name = "environment beats file, empty values are unset",
+       .environment =
+           {{"HOME", "/home/u"}, {"CVN73100_COM2", "sim"}, {"CVN73100_COM1", "  "}, {"CVN73100_LIBGPIB", "/opt/g.so"}},
+       .files = {{kHomeConf, "COM2 = /dev/ttyUSB3\nCOM1 = none\nLIBGPIB = /usr/lib/libgpib.so.0\n"}},
+       .com1 = {ComKind::None, "", {}},
+       .com2 = {ComKind::Simulated, "", {}},
+       .libgpib = "/opt/g.so"},
+      {.name = "bad lines are skipped and reported",
+       .environment = {{"HOME", "/home/u"}, {"CVN73100_GPIB1", "gpib-usb"}},
+       .files =
+           {{kHomeConf,
+             "# board map\n; old comment\n[ports]\nbogus\nCOM9 = /dev/x\nGPIB0 = foo\ncom2 = sim\n\nGpib1=sim\r\n"}},
+       .com2 = {ComKind::Simulated, "", {}},
+       .gpib1 = GpibKind::Simulated,
+       .problems = 4},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const BoardMap map = BoardMap::Load(
-        [&](const std::string& name) -> std::optional<std::string> {
-          const auto found = c.environment.find(name);
-          return found == c.environment.end() ? std::nullopt : std::optional(found->second);
-        },
-        [&](const std::string& path) -> std::optional<std::string> {
-          const auto found = c.files.find(path);
-          return found == c.files.end() ? std::nullopt : std::optional(found->second);
-        });
+    const auto lookUpIn = [](const std::map<std::string, std::string>& entries) {
+      return [&entries](const std::string& key) -> std::optional<std::string> {
+        const auto found = entries.find(key);
+        return found == entries.end() ? std::nullopt : std::optional(found->second);
+      };
+    };
+    const BoardMap map = BoardMap::Load(lookUpIn(c.environment), lookUpIn(c.files));
     EXPECT_EQ(map.ConfigPath(), c.configPath);
     EXPECT_EQ(map.UsingEmbeddedDefault(), c.embedded);
     EXPECT_EQ(map.Com(1), c.com1);

@@ -169,11 +169,7 @@ TEST(IOLibraryTest, RegistersAManagerOverTheEmbeddedDefault) {
             (std::vector<std::string>{"GPIB0::INTFC", "GPIB0::3::INSTR", "GPIB0::7::INSTR", "GPIB0::12::INSTR"}));
   const std::string description = manager->DescribeBoardMap();
   EXPECT_NE(description.find(" 7  Corvane Technologies,73135D,QX40001234,A.02.10"), std::string::npos) << description;
-  const auto io = manager->Open("GPIB0::7::INSTR");
-  io->Output("*IDN?");
-  std::string reply;
-  io->Enter(reply);
-  EXPECT_EQ(reply, "Corvane Technologies,73135D,QX40001234,A.02.10");
+  EXPECT_EQ(test::Query(*manager->Open("GPIB0::7::INSTR"), "*IDN?"), "Corvane Technologies,73135D,QX40001234,A.02.10");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <dirent.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <optional>
@@ -28,6 +29,42 @@ inline std::int32_t ConditionOf(const std::function<void()>& call) {
     return IOErrorCondition(error);
   }
   return 0;
+}
+
+// How long a call takes.
+inline std::chrono::milliseconds Elapsed(const std::function<void()>& call) {
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+inline std::string Query(IInstrumentIO& io, const std::string& message) {
+  io.Output(message);
+  std::string reply;
+  io.Enter(reply);
+  return reply;
+}
+
+// A query to a silent instrument times out after `timeoutMs`, neither early nor much late.
+inline void ExpectSilentTimeout(IInstrumentIO& io, int timeoutMs) {
+  io.SetTimeout(timeoutMs);
+  io.Output("*IDN?");
+  std::string reply;
+  const auto elapsed = Elapsed([&] { EXPECT_EQ(ConditionOf([&] { io.Enter(reply); }), IOERR_TIMEOUT); });
+  EXPECT_GE(elapsed.count(), timeoutMs - 10);
+  EXPECT_LT(elapsed.count(), timeoutMs + 150);
+}
+
+// An instrument that answers `lateMs` after a query, with `shortMs` < `lateMs` < `longMs`: the reply the timeout
+// gave up on must be gone, so the next wait sees nothing and the next query gets its own answer.
+inline void ExpectLateReplyDropped(IInstrumentIO& io, int shortMs, int longMs) {
+  io.SetTimeout(shortMs);
+  io.Output("*IDN?");
+  std::string reply;
+  EXPECT_EQ(ConditionOf([&] { io.Enter(reply); }), IOERR_TIMEOUT);
+  io.SetTimeout(longMs);
+  EXPECT_EQ(ConditionOf([&] { io.Enter(reply); }), IOERR_TIMEOUT) << reply;
+  EXPECT_EQ(Query(io, "*OPC?"), "1");
 }
 
 // Sets (or, with nullopt, removes) an environment variable for the life of the object.
@@ -78,6 +115,16 @@ inline Bytes BlockMessage(const std::string& header, const Bytes& data) {
   message.insert(message.end(), data.begin(), data.end());
   message.push_back('\n');
   return message;
+}
+
+// Writes `setup` back as a definite-length block over a changed time base: it reads back unchanged, error-free.
+inline void ExpectSetupWritesBack(IInstrumentIO& io, const Bytes& setup) {
+  io.Output(":TIMebase:RANGe 1");
+  const Bytes message = BlockMessage(":SYSTem:SETup", setup);
+  io.WriteBytes(static_cast<std::int32_t>(message.size()), message);
+  io.Output(":SYSTem:SETup?");
+  EXPECT_EQ(ReadBlock(io), setup);
+  EXPECT_EQ(std::stoi(Query(io, ":SYSTem:ERRor?")), 0);
 }
 
 }  // namespace cvn73100::io::test

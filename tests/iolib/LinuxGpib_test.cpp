@@ -11,9 +11,7 @@ namespace cvn73100::io {
 namespace {
 
 using std::chrono::microseconds;
-using std::chrono::milliseconds;
 using test::ConditionOf;
-using Clock = std::chrono::steady_clock;
 
 TEST(LinuxGpibLibraryTest, PicksTheLongestTimeoutStepThatFits) {
   const struct {
@@ -95,43 +93,19 @@ TEST_F(LinuxGpibTest, QueriesThroughTheLoadedLibrary) {
   const auto io = m_manager->Open("GPIB0::7::INSTR");
   io->SetTimeout(2500);
   io->Clear();
-  io->Output("*IDN?");
-  std::string reply;
-  io->Enter(reply);
-  EXPECT_EQ(reply, "Corvane Technologies,73135D,QX40001234,A.02.10");
+  EXPECT_EQ(test::Query(*io, "*IDN?"), "Corvane Technologies,73135D,QX40001234,A.02.10");
   // Binary data holds LF bytes: ReadBytes must not stop at them.
   io->Output(":WAVeform:FORMat WORD;:WAVeform:POINts MAXimum;:WAVeform:DATA?");
   EXPECT_EQ(test::ReadBlock(*io).size(), 8000u);
-  io->Output("*OPC?");
-  io->Enter(reply);
-  EXPECT_EQ(reply, "1");
+  EXPECT_EQ(test::Query(*io, "*OPC?"), "1");
 }
 
 TEST_F(LinuxGpibTest, NoListenerTimeoutAndLateReply) {
   const auto empty = m_manager->Open("GPIB0::5::INSTR");
-  auto start = Clock::now();
-  EXPECT_EQ(ConditionOf([&] { empty->Output("*IDN?"); }), IOERR_NO_LISTENER);
-  EXPECT_LT(Clock::now() - start, milliseconds(100));
-
-  const auto silent = m_manager->Open("GPIB0::9::INSTR");
-  silent->SetTimeout(250);
-  silent->Output("*IDN?");
-  std::string reply;
-  start = Clock::now();
-  EXPECT_EQ(ConditionOf([&] { silent->Enter(reply); }), IOERR_TIMEOUT);
-  const auto elapsed = Clock::now() - start;
-  EXPECT_GE(elapsed, milliseconds(240));
-  EXPECT_LT(elapsed, milliseconds(400));
-
-  const auto late = m_manager->Open("GPIB0::11::INSTR");
-  late->SetTimeout(50);
-  late->Output("*IDN?");
-  EXPECT_EQ(ConditionOf([&] { late->Enter(reply); }), IOERR_TIMEOUT);
-  late->SetTimeout(400);
-  EXPECT_EQ(ConditionOf([&] { late->Enter(reply); }), IOERR_TIMEOUT);
-  late->Output("*OPC?");
-  late->Enter(reply);
-  EXPECT_EQ(reply, "1");
+  EXPECT_LT(test::Elapsed([&] { EXPECT_EQ(ConditionOf([&] { empty->Output("*IDN?"); }), IOERR_NO_LISTENER); }).count(),
+            100);
+  test::ExpectSilentTimeout(*m_manager->Open("GPIB0::9::INSTR"), 250);
+  test::ExpectLateReplyDropped(*m_manager->Open("GPIB0::11::INSTR"), 50, 400);
 }
 
 }  // namespace

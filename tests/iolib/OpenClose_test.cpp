@@ -15,10 +15,9 @@ namespace {
 
 // Open and close paired on every path: many cycles, some with a query, some failing, leave no descriptor behind.
 TEST(OpenCloseTest, ManyCyclesLeaveNoDescriptorBehind) {
-  ASSERT_NE(::dlopen(CVN_STANDIN_GPIB, RTLD_NOW | RTLD_LOCAL), nullptr);
-  auto attach = reinterpret_cast<void (*)(int, int, int, int)>(
-      ::dlsym(::dlopen(CVN_STANDIN_GPIB, RTLD_NOW | RTLD_LOCAL), "cvn_standin_attach"));
-  attach(3, 7, 0, 0);
+  void* standIn = ::dlopen(CVN_STANDIN_GPIB, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(standIn, nullptr);
+  reinterpret_cast<void (*)(int, int, int, int)>(::dlsym(standIn, "cvn_standin_attach"))(3, 7, 0, 0);
 
   sim::Instrument serialInstrument;
   sim::InstrumentPort port(serialInstrument, sim::InstrumentPort::Line::Serial);
@@ -37,24 +36,17 @@ TEST(OpenCloseTest, ManyCyclesLeaveNoDescriptorBehind) {
 
   auto query = [](IInstrumentIO& io) {
     io.SetTimeout(1000);
-    io.Output("*OPC?");
-    std::string reply;
-    io.Enter(reply);
-    EXPECT_EQ(reply, "1");
+    EXPECT_EQ(test::Query(io, "*OPC?"), "1");
   };
   // Warm up once so that lazily made things (the loaded library, the simulator threads) are counted as base.
-  for (const char* address : {"COM1", "GPIB0::7::INSTR", "GPIB1::7::INSTR", "GPIB3::7::INSTR"})
-    query(*manager.Open(address));
+  const char* addresses[] = {"COM1", "GPIB0::7::INSTR", "GPIB3::7::INSTR", "GPIB1::7::INSTR"};
+  for (const char* address : addresses) query(*manager.Open(address));
   const int before = test::OpenDescriptorCount();
 
-  const struct {
-    const char* address;
-    int cycles;
-  } cases[] = {{"COM1", 10000}, {"GPIB0::7::INSTR", 10000}, {"GPIB3::7::INSTR", 10000}, {"GPIB1::7::INSTR", 10000}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.address);
-    for (int i = 0; i < c.cycles; ++i) {
-      const auto io = manager.Open(c.address);
+  for (const char* address : addresses) {
+    SCOPED_TRACE(address);
+    for (int i = 0; i < 10000; ++i) {
+      const auto io = manager.Open(address);
       if (i % 1000 == 0) query(*io);
       if (i % 2 == 0) io->Port().Close();  // the other half close by release
     }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <chrono>
 #include <cstdio>
 
 #include "iolib/IOManager.h"
@@ -16,9 +15,7 @@
 namespace cvn73100::io {
 namespace {
 
-using std::chrono::milliseconds;
 using test::ConditionOf;
-using Clock = std::chrono::steady_clock;
 
 TEST(PrologixEscapeTest, EscapesTheBytesTheAdapterWouldInterpret) {
   const struct {
@@ -60,13 +57,6 @@ class PrologixTest : public ::testing::Test {
     return config;
   }
 
-  static std::string Query(IInstrumentIO& io, const std::string& message) {
-    io.Output(message);
-    std::string reply;
-    io.Enter(reply);
-    return reply;
-  }
-
   sim::Instrument m_first;
   sim::Instrument m_second;
   sim::PrologixAdapter m_ethernet;
@@ -93,11 +83,11 @@ TEST_F(PrologixTest, TalksToSeveralAddressesOverTcpAndSerial) {
       io->Clear();
     }
     for (int round = 0; round < 3; ++round) {
-      EXPECT_EQ(Query(*first, "*IDN?"), "Corvane Technologies,73135D,QX40001234,A.02.10");
-      EXPECT_EQ(Query(*second, "*IDN?"), "Corvane Technologies,73137A,QX40001234,A.02.10");
+      EXPECT_EQ(test::Query(*first, "*IDN?"), "Corvane Technologies,73135D,QX40001234,A.02.10");
+      EXPECT_EQ(test::Query(*second, "*IDN?"), "Corvane Technologies,73137A,QX40001234,A.02.10");
     }
     first->Port().Close();
-    EXPECT_EQ(Query(*second, "*OPC?"), "1");
+    EXPECT_EQ(test::Query(*second, "*OPC?"), "1");
   }
 }
 
@@ -116,15 +106,7 @@ TEST_F(PrologixTest, BinaryDataCrossesTheAdapterUnchanged) {
   const std::uint8_t specials[] = {'\r', '\n', 27, '+'};
   for (std::uint8_t special : specials)
     EXPECT_NE(std::find(setup.begin(), setup.end(), special), setup.end()) << int{special};
-  io->Output(":TIMebase:RANGe 1");
-  const Bytes message = test::BlockMessage(":SYSTem:SETup", setup);
-  io->WriteBytes(static_cast<std::int32_t>(message.size()), message);
-  io->Output(":SYSTem:SETup?");
-  EXPECT_EQ(test::ReadBlock(*io), setup);
-  io->Output(":SYSTem:ERRor?");
-  std::string reply;
-  io->Enter(reply);
-  EXPECT_EQ(std::stoi(reply), 0) << reply;
+  test::ExpectSetupWritesBack(*io, setup);
 }
 
 TEST_F(PrologixTest, AnEmptyAddressTimesOutAndALateReplyIsCleared) {
@@ -132,20 +114,9 @@ TEST_F(PrologixTest, AnEmptyAddressTimesOutAndALateReplyIsCleared) {
   empty->SetTimeout(300);
   empty->Output("*IDN?");  // the adapter cannot tell that nobody listens
   std::string reply;
-  const auto start = Clock::now();
-  EXPECT_EQ(ConditionOf([&] { empty->Enter(reply); }), IOERR_TIMEOUT);
-  EXPECT_LT(Clock::now() - start, milliseconds(600));
-
-  sim::Faults faults;
-  faults.lateReplyMs = 200;
-  m_first.SetFaults(faults);
-  const auto io = m_manager->Open("GPIB1::7::INSTR");
-  io->SetTimeout(100);
-  io->Output("*IDN?");
-  EXPECT_EQ(ConditionOf([&] { io->Enter(reply); }), IOERR_TIMEOUT);
-  io->SetTimeout(500);
-  EXPECT_EQ(ConditionOf([&] { io->Enter(reply); }), IOERR_TIMEOUT) << reply;
-  EXPECT_EQ(Query(*io, "*OPC?"), "1");
+  EXPECT_LT(test::Elapsed([&] { EXPECT_EQ(ConditionOf([&] { empty->Enter(reply); }), IOERR_TIMEOUT); }).count(), 600);
+  m_first.SetFaults({.lateReplyMs = 200});
+  test::ExpectLateReplyDropped(*m_manager->Open("GPIB1::7::INSTR"), 100, 500);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -56,15 +57,19 @@ int Done(int status, int err = 0, long count = 0) {
 
 int Fail(int err, long count = 0, int extra = 0) { return Done(ERR | extra, err, count); }
 
-bool Lookup(int ud, Descriptor& descriptor, std::shared_ptr<cvn73100::sim::Instrument>& instrument) {
+// An open descriptor and the instrument at its address (null when nobody is there).
+struct Device {
+  Descriptor descriptor;
+  std::shared_ptr<cvn73100::sim::Instrument> instrument;
+};
+
+std::optional<Device> Lookup(int ud) {
   Bus& bus = TheBus();
   std::lock_guard lock(bus.mutex);
   const auto found = bus.descriptors.find(ud);
-  if (found == bus.descriptors.end()) return false;
-  descriptor = found->second;
-  const auto device = bus.instruments.find({descriptor.board, descriptor.pad});
-  instrument = device == bus.instruments.end() ? nullptr : device->second;
-  return true;
+  if (found == bus.descriptors.end()) return std::nullopt;
+  const auto device = bus.instruments.find({found->second.board, found->second.pad});
+  return Device{found->second, device == bus.instruments.end() ? nullptr : device->second};
 }
 
 }  // namespace
@@ -138,18 +143,18 @@ STANDIN_EXPORT int ibeos(int ud, int mode) {
 }
 
 STANDIN_EXPORT int ibwrt(int ud, const void* data, long count) {
-  Descriptor descriptor;
-  std::shared_ptr<cvn73100::sim::Instrument> instrument;
-  if (!Lookup(ud, descriptor, instrument)) return Fail(EARG);
+  const auto device = Lookup(ud);
+  if (!device) return Fail(EARG);
+  const auto& [descriptor, instrument] = *device;
   if (!instrument) return Fail(ENOL);  // nobody accepts the listen address
   instrument->Write(static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(count), descriptor.eot);
   return Done(CMPL, 0, count);
 }
 
 STANDIN_EXPORT int ibrd(int ud, void* data, long count) {
-  Descriptor descriptor;
-  std::shared_ptr<cvn73100::sim::Instrument> instrument;
-  if (!Lookup(ud, descriptor, instrument)) return Fail(EARG);
+  const auto device = Lookup(ud);
+  if (!device) return Fail(EARG);
+  const auto& [descriptor, instrument] = *device;
   const auto timeout = std::chrono::microseconds(kStepMicroseconds[descriptor.step]);
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   if (!instrument) {
@@ -177,19 +182,13 @@ STANDIN_EXPORT int ibrd(int ud, void* data, long count) {
 }
 
 STANDIN_EXPORT int ibclr(int ud) {
-  Descriptor descriptor;
-  std::shared_ptr<cvn73100::sim::Instrument> instrument;
-  if (!Lookup(ud, descriptor, instrument)) return Fail(EARG);
-  if (instrument) instrument->DeviceClear();
+  const auto device = Lookup(ud);
+  if (!device) return Fail(EARG);
+  if (device->instrument) device->instrument->DeviceClear();
   return Done(CMPL);
 }
 
-STANDIN_EXPORT int ibloc(int ud) {
-  Descriptor descriptor;
-  std::shared_ptr<cvn73100::sim::Instrument> instrument;
-  if (!Lookup(ud, descriptor, instrument)) return Fail(EARG);
-  return Done(CMPL);
-}
+STANDIN_EXPORT int ibloc(int ud) { return Lookup(ud) ? Done(CMPL) : Fail(EARG); }
 
 STANDIN_EXPORT int ibask(int ud, int option, int* value) {
   Bus& bus = TheBus();

@@ -35,6 +35,14 @@ constexpr const char* kIdentity = "Corvane Technologies,73135D,QX40001234,A.02.1
 
 std::string Msg(int number) { return Messages::Load(number); }
 
+// A message box shown over the page.
+void ExpectBox(const test::ScriptedHost::Box& box, const std::string& title, const std::string& prompt, int style) {
+  EXPECT_EQ(box.title, title);
+  EXPECT_EQ(box.prompt, prompt);
+  EXPECT_EQ(box.style, style);
+  EXPECT_EQ(box.parent, kPageWindow);
+}
+
 std::size_t FileCount(const std::filesystem::path& dir) {
   std::size_t n = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(dir)) n += entry.is_regular_file();
@@ -192,11 +200,7 @@ TEST(FrmSetupTest, OKValidationKeepsTheFormOpenWithTheRightMessage) {
     EXPECT_EQ(form.CommandOK_Click(), c.text == 0) << c.name << "/" << c.comments;
     EXPECT_EQ(form.IsOpen(), c.text != 0);
     ASSERT_EQ(host.boxes.size(), c.text == 0 ? 0u : 1u) << c.name;
-    if (c.text == 0) continue;
-    EXPECT_EQ(host.boxes[0].prompt, Msg(c.text));
-    EXPECT_EQ(host.boxes[0].title, Msg(c.title));
-    EXPECT_EQ(host.boxes[0].style, kError);
-    EXPECT_EQ(host.boxes[0].parent, kPageWindow);
+    if (c.text != 0) ExpectBox(host.boxes[0], Msg(c.title), Msg(c.text), kError);
   }
 }
 
@@ -254,9 +258,7 @@ TEST_F(SetupsPageTest, AddingANameThatExistsInAnyCaseIsRefused) {
     host.boxes.clear();
     Add(name, true, "other");
     ASSERT_EQ(host.boxes.size(), 1u) << name;
-    EXPECT_EQ(host.boxes[0].prompt, "Error.  Setup names must be unique.");
-    EXPECT_EQ(host.boxes[0].title, Msg(105));
-    EXPECT_EQ(host.boxes[0].style, kError);
+    ExpectBox(host.boxes[0], Msg(105), "Error.  Setup names must be unique.", kError);
     EXPECT_EQ(view.rows, (std::vector<SetupRow>{{"Setup1", "original", ""}}));
     EXPECT_FALSE(Working().GetLearnStringOnAdd()) << "a refused add stores nothing";
   }
@@ -315,12 +317,7 @@ TEST_F(SetupsPageTest, EveryCancelLeavesSetupsAndInstrumentUnchanged) {
     c.script();
     c.act();
     ASSERT_EQ(host.boxes.size(), c.title.empty() ? 0u : 1u) << c.what;
-    if (!c.title.empty()) {
-      EXPECT_EQ(host.boxes[0].title, c.title);
-      EXPECT_EQ(host.boxes[0].prompt, c.prompt);
-      EXPECT_EQ(host.boxes[0].style, kConfirm);
-      EXPECT_EQ(host.boxes[0].parent, kPageWindow);
-    }
+    if (!c.title.empty()) ExpectBox(host.boxes[0], c.title, c.prompt, kConfirm);
     EXPECT_TRUE(Snapshot() == before) << c.what;
     EXPECT_EQ(view.rows, rows) << c.what;
     EXPECT_FALSE(page->Changed()) << c.what;
@@ -433,8 +430,7 @@ TEST_F(SetupsPageTest, OpenAddsOrOverwritesAfterAskingAndFollowsTheFolder) {
   host.openFileAnswers = {FileDialogResult{Path("junk/Junk.scp"), 1}};
   page->CommandGetFromFile_Click();
   ASSERT_EQ(host.boxes.size(), 2u);
-  EXPECT_EQ(std::make_pair(host.boxes[1].title, host.boxes[1].prompt),
-            std::make_pair(std::string("Setups Error"), std::string("The selected file is not a setup file.")));
+  ExpectBox(host.boxes[1], "Setups Error", "The selected file is not a setup file.", kError);
   EXPECT_EQ(Names(), std::vector<std::string>{"Bench"});
 }
 
@@ -454,8 +450,7 @@ TEST_F(SetupsPageTest, SaveAsWritesTheSelectedSetupThatOpenReadsBack) {
   host.saveFileAnswers = {FileDialogResult{Path("missing/folder/x.scp"), 1}};
   page->CommandSendToFile_Click();
   ASSERT_EQ(host.boxes.size(), 1u);
-  EXPECT_EQ(host.boxes[0].title, "Setups Error");
-  EXPECT_EQ(host.boxes[0].prompt, "Error while saving to file.");
+  ExpectBox(host.boxes[0], "Setups Error", "Error while saving to file.", kError);
 }
 
 TEST_F(SetupsPageTest, EditRenamesAndReKeysTheSetup) {

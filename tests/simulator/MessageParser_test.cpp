@@ -48,50 +48,53 @@ std::string Render(const ProgramUnit& u) {
   return s;
 }
 
-struct ParseCase {
-  std::string message;
-  std::vector<std::string> units;  // the units parsed before the end or the error
-  int error;
-};
-
-class ParserTable : public ::testing::TestWithParam<ParseCase> {};
-
-TEST_P(ParserTable, ParsesUnitsAndStopsAtTheFirstError) {
-  const ParseCase& c = GetParam();
-  MessageParser parser(c.message);
-  ProgramUnit unit;
-  std::vector<std::string> units;
-  while (parser.Next(unit)) units.push_back(Render(unit));
-  EXPECT_EQ(units, c.units);
-  EXPECT_EQ(parser.Error(), c.error);
+TEST(MessageParser, ParsesUnitsAndStopsAtTheFirstError) {
+  const struct {
+    std::string message;
+    std::vector<std::string> units;  // the units parsed before the end or the error: those before a bad one survive
+    int error;
+  } cases[] = {{"*IDN?", {"*IDN?"}, 0},
+               {"  *rst ; *cls  ", {"*rst", "*cls"}, 0},
+               {":CHANnel2:RANGe 2mV", {":CHANnel[2]:RANGe N(0.002)"}, 0},
+               {":chan1:offs -1.5E-1 V;rang?", {":chan[1]:offs N(-0.15)", "rang?"}, 0},
+               {":TIM:RANG 100 us", {":TIM:RANG N(0.0001)"}, 0},
+               {":DIG CHAN1,POD2", {":DIG C(CHAN1) C(POD2)"}, 0},
+               {":A 'it''s',\"x\"", {":A S(it''s) S(x)"}, 0},
+               {":A #H1F,#Q17,#B101", {":A N(31) N(15) N(5)"}, 0},
+               {":SYST:SET #15ab;cd", {":SYST:SET B(5)"}, 0},
+               {":SYST:SET #0\x01\x02;x", {":SYST:SET B(4)"}, 0},
+               {"*IDN?;", {"*IDN?"}, 0},
+               {"", {}, 0},
+               {"*IDN?;:CHAN1:RANG 1.2.3", {"*IDN?"}, kInvalidCharacterInNumber},
+               {":CHAN1:RANG 1 2", {}, kInvalidSeparator},
+               {":CHAN1:RANG 1 parsec", {}, kInvalidSuffix},
+               {":CHAN1:RANG 1e999", {}, kExponentTooLarge},
+               {":CHAN1:RANG -", {}, kNumericDataError},
+               {":CHAN1:RANG 1E", {}, kNumericDataError},
+               {":A ,1", {}, kMissingParameter},
+               {":A @", {}, kInvalidCharacter},
+               {":A 'open", {}, kInvalidStringData},
+               {":SYST:SET #9999999999abc", {}, kInvalidBlockData},
+               {":SYST:SET #3ab", {}, kInvalidBlockData},
+               {":SYST:SET #", {}, kInvalidBlockData},
+               {":A #HXYZ", {}, kInvalidCharacterInNumber},
+               {"*", {}, kSyntaxError},
+               {"::A", {}, kSyntaxError},
+               {":A:", {}, kSyntaxError},
+               {"*IDN?x", {}, kHeaderSeparatorError},
+               {";;", {}, kSyntaxError},
+               {":ABCDEFGHIJKLMN", {}, kProgramMnemonicTooLong},
+               {":A ABCDEFGHIJKLMN", {}, kCharacterDataTooLong}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.message);
+    MessageParser parser(c.message);
+    ProgramUnit unit;
+    std::vector<std::string> units;
+    while (parser.Next(unit)) units.push_back(Render(unit));
+    EXPECT_EQ(units, c.units);
+    EXPECT_EQ(parser.Error(), c.error);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Messages, ParserTable,
-    ::testing::Values(
-        ParseCase{"*IDN?", {"*IDN?"}, 0}, ParseCase{"  *rst ; *cls  ", {"*rst", "*cls"}, 0},
-        ParseCase{":CHANnel2:RANGe 2mV", {":CHANnel[2]:RANGe N(0.002)"}, 0},
-        ParseCase{":chan1:offs -1.5E-1 V;rang?", {":chan[1]:offs N(-0.15)", "rang?"}, 0},
-        ParseCase{":TIM:RANG 100 us", {":TIM:RANG N(0.0001)"}, 0},
-        ParseCase{":DIG CHAN1,POD2", {":DIG C(CHAN1) C(POD2)"}, 0},
-        ParseCase{":A 'it''s',\"x\"", {":A S(it''s) S(x)"}, 0},
-        ParseCase{":A #H1F,#Q17,#B101", {":A N(31) N(15) N(5)"}, 0},
-        ParseCase{":SYST:SET #15ab;cd", {":SYST:SET B(5)"}, 0},
-        ParseCase{":SYST:SET #0\x01\x02;x", {":SYST:SET B(4)"}, 0}, ParseCase{"*IDN?;", {"*IDN?"}, 0},
-        ParseCase{"", {}, 0},
-        // Errors: the units before the bad one survive.
-        ParseCase{"*IDN?;:CHAN1:RANG 1.2.3", {"*IDN?"}, kInvalidCharacterInNumber},
-        ParseCase{":CHAN1:RANG 1 2", {}, kInvalidSeparator}, ParseCase{":CHAN1:RANG 1 parsec", {}, kInvalidSuffix},
-        ParseCase{":CHAN1:RANG 1e999", {}, kExponentTooLarge}, ParseCase{":CHAN1:RANG -", {}, kNumericDataError},
-        ParseCase{":CHAN1:RANG 1E", {}, kNumericDataError}, ParseCase{":A ,1", {}, kMissingParameter},
-        ParseCase{":A @", {}, kInvalidCharacter}, ParseCase{":A 'open", {}, kInvalidStringData},
-        ParseCase{":SYST:SET #9999999999abc", {}, kInvalidBlockData},
-        ParseCase{":SYST:SET #3ab", {}, kInvalidBlockData}, ParseCase{":SYST:SET #", {}, kInvalidBlockData},
-        ParseCase{":A #HXYZ", {}, kInvalidCharacterInNumber}, ParseCase{"*", {}, kSyntaxError},
-        ParseCase{"::A", {}, kSyntaxError}, ParseCase{":A:", {}, kSyntaxError},
-        ParseCase{"*IDN?x", {}, kHeaderSeparatorError}, ParseCase{";;", {}, kSyntaxError},
-        ParseCase{":ABCDEFGHIJKLMN", {}, kProgramMnemonicTooLong},
-        ParseCase{":A ABCDEFGHIJKLMN", {}, kCharacterDataTooLong}));
 
 TEST(MessageParser, CapsNodesAndArguments) {
   std::string nodes;
@@ -107,46 +110,43 @@ TEST(MessageParser, CapsNodesAndArguments) {
 }
 
 // The framer sees the stream in arbitrary chunks; an LF inside block data must not end the message.
-struct FrameCase {
-  std::vector<std::string> chunks;  // the last chunk carries END when `end` is set
-  bool end;
-  std::vector<std::string> messages;
-};
-
-class FramerTable : public ::testing::TestWithParam<FrameCase> {};
-
-TEST_P(FramerTable, CutsMessagesAtLfOrEnd) {
-  const FrameCase& c = GetParam();
-  MessageFramer framer;
-  std::vector<std::string> messages;
-  for (std::size_t i = 0; i < c.chunks.size(); ++i) {
-    const auto* data = reinterpret_cast<const std::uint8_t*>(c.chunks[i].data());
-    std::size_t left = c.chunks[i].size();
-    const bool end = c.end && i + 1 == c.chunks.size();
-    do {
-      const std::size_t used = framer.Feed(data, left, end);
-      data += used;
-      left -= used;
-      if (framer.Complete()) {
-        messages.emplace_back(framer.Message());
-        framer.Take();
-      }
-    } while (left > 0);
+TEST(MessageFramer, CutsMessagesAtLfOrEnd) {
+  const struct {
+    std::vector<std::string> chunks;  // the last chunk carries END when `end` is set
+    bool end;
+    std::vector<std::string> messages;
+  } cases[] = {
+      {{"*IDN?\n*RST\n"}, false, {"*IDN?", "*RST"}},
+      {{"*ID", "N?", "\n"}, false, {"*IDN?"}},
+      {{"*IDN?"}, true, {"*IDN?"}},
+      {{"*IDN?\n"}, true, {"*IDN?"}},
+      {{":SYST:SET #14\n\n\n\n\n"}, false, {":SYST:SET #14\n\n\n\n"}},
+      {{":SYST:SET #2", "1", "0\n\n\n\n\n\n\n\n\n\n;*OPC\n"}, false, {":SYST:SET #210\n\n\n\n\n\n\n\n\n\n;*OPC"}},
+      {{":A \"x\ny\"\n"}, false, {":A \"x", "y\""}},
+      {{":A #H0A\n"}, false, {":A #H0A"}},
+      // A block claiming more than arrives is cut by END.
+      {{":SYST:SET #9000000100abc"}, true, {":SYST:SET #9000000100abc"}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.chunks.front());
+    MessageFramer framer;
+    std::vector<std::string> messages;
+    for (std::size_t i = 0; i < c.chunks.size(); ++i) {
+      const auto* data = reinterpret_cast<const std::uint8_t*>(c.chunks[i].data());
+      std::size_t left = c.chunks[i].size();
+      const bool end = c.end && i + 1 == c.chunks.size();
+      do {
+        const std::size_t used = framer.Feed(data, left, end);
+        data += used;
+        left -= used;
+        if (framer.Complete()) {
+          messages.emplace_back(framer.Message());
+          framer.Take();
+        }
+      } while (left > 0);
+    }
+    EXPECT_EQ(messages, c.messages);
   }
-  EXPECT_EQ(messages, c.messages);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Streams, FramerTable,
-    ::testing::Values(
-        FrameCase{{"*IDN?\n*RST\n"}, false, {"*IDN?", "*RST"}}, FrameCase{{"*ID", "N?", "\n"}, false, {"*IDN?"}},
-        FrameCase{{"*IDN?"}, true, {"*IDN?"}}, FrameCase{{"*IDN?\n"}, true, {"*IDN?"}},
-        FrameCase{{":SYST:SET #14\n\n\n\n\n"}, false, {":SYST:SET #14\n\n\n\n"}},
-        FrameCase{
-            {":SYST:SET #2", "1", "0\n\n\n\n\n\n\n\n\n\n;*OPC\n"}, false, {":SYST:SET #210\n\n\n\n\n\n\n\n\n\n;*OPC"}},
-        FrameCase{{":A \"x\ny\"\n"}, false, {":A \"x", "y\""}}, FrameCase{{":A #H0A\n"}, false, {":A #H0A"}},
-        // A block claiming more than arrives is cut by END.
-        FrameCase{{":SYST:SET #9000000100abc"}, true, {":SYST:SET #9000000100abc"}}));
 
 TEST(MessageFramer, DiscardsMessagesBeyondTheCapAndRecovers) {
   MessageFramer framer(64);

@@ -32,18 +32,23 @@ TEST(ProgramOptions, InstrumentOptionsApplyToTheLatestInstrument) {
   EXPECT_FALSE(o.prologixPty);
 }
 
-class BadArguments : public ::testing::TestWithParam<Args> {};
-
-TEST_P(BadArguments, AreRefusedWithAMessage) { EXPECT_THROW(ProgramOptions::Parse(GetParam()), std::invalid_argument); }
-
-INSTANTIATE_TEST_SUITE_P(Cases, BadArguments,
-                         ::testing::Values(Args{}, Args{"--model", "X"}, Args{"--pty", "--address", "31"},
-                                           Args{"--tcp", "0.0.0.0:5025"}, Args{"--tcp", "127.0.0.1:99999"},
-                                           Args{"--pty", "--bogus"}, Args{"--pty", "--model"}, Args{"--pty=1"},
-                                           Args{"--pty", "--wrong-parameter", "9600"},
-                                           Args{"--pty", "--wrong-parameter", "9600,3"},
-                                           Args{"--pty", "--instrument", "--instrument", "--address", "7"},
-                                           Args{"--pty", "--config", "/nonexistent/sim.conf"}, Args{"pty"}));
+TEST(ProgramOptions, BadArgumentsAreRefusedWithAMessage) {
+  const Args cases[] = {{},
+                        {"--model", "X"},
+                        {"--pty", "--address", "31"},
+                        {"--tcp", "0.0.0.0:5025"},
+                        {"--tcp", "127.0.0.1:99999"},
+                        {"--pty", "--bogus"},
+                        {"--pty", "--model"},
+                        {"--pty=1"},
+                        {"--pty", "--wrong-parameter", "9600"},
+                        {"--pty", "--wrong-parameter", "9600,3"},
+                        {"--pty", "--instrument", "--instrument", "--address", "7"},
+                        {"--pty", "--config", "/nonexistent/sim.conf"},
+                        {"pty"}};
+  for (const auto& args : cases)
+    EXPECT_THROW(ProgramOptions::Parse(args), std::invalid_argument) << ::testing::PrintToString(args);
+}
 
 TEST(ProgramOptions, ConfigFileStandsForItsOptions) {
   const std::string text =

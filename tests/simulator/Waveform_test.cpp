@@ -18,16 +18,8 @@ Preamble ParsePreamble(const std::string& text) {
   while (std::getline(in, field, ',')) f.push_back(std::stod(field));
   EXPECT_EQ(f.size(), 10u) << text;
   f.resize(10);
-  return {static_cast<int>(f[0]),
-          static_cast<int>(f[1]),
-          static_cast<int>(f[2]),
-          static_cast<int>(f[3]),
-          f[4],
-          f[5],
-          f[6],
-          f[7],
-          f[8],
-          f[9]};
+  const auto n = [&](int i) { return static_cast<int>(f[static_cast<std::size_t>(i)]); };
+  return {n(0), n(1), n(2), n(3), f[4], f[5], f[6], f[7], f[8], f[9]};
 }
 
 // The sample codes of a :WAVeform:DATA? reply, whatever the format.
