@@ -1,11 +1,11 @@
 #pragma once
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -17,6 +17,13 @@
 extern char** environ;
 
 namespace cvn73100::test {
+
+// A new private folder under the system's temporary folder.
+inline std::filesystem::path MakeTempDir(const std::string& prefix) {
+  std::string pattern = (std::filesystem::temp_directory_path() / (prefix + ".XXXXXX")).string();
+  EXPECT_NE(::mkdtemp(pattern.data()), nullptr) << pattern;
+  return pattern;
+}
 
 struct RunResult {
   int status = -1;
@@ -30,9 +37,7 @@ struct RunResult {
 class CliTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "cvnscope-cli.XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    dir = pattern;
+    dir = MakeTempDir("cvnscope-cli");
     for (int port = 1; port <= 4; ++port) env["CVN73100_COM" + std::to_string(port)] = "none";
   }
   void TearDown() override { std::filesystem::remove_all(dir); }
@@ -70,45 +75,31 @@ class CliTest : public ::testing::Test {
     envp.push_back(nullptr);
     const std::string workDir = dir.string();
 
-    int outPipe[2], errPipe[2];
-    if (::pipe2(outPipe, O_CLOEXEC) != 0 || ::pipe2(errPipe, O_CLOEXEC) != 0) return {};
+    // The output goes to unnamed files, read once the program has ended.
+    FILE* out = std::tmpfile();
+    FILE* err = std::tmpfile();
+    if (!out || !err) return {};
     const pid_t pid = ::fork();
     if (pid == 0) {
-      const int devNull = ::open("/dev/null", O_RDONLY);
-      ::dup2(devNull, STDIN_FILENO);
-      ::dup2(outPipe[1], STDOUT_FILENO);
-      ::dup2(errPipe[1], STDERR_FILENO);
+      ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
+      ::dup2(::fileno(out), STDOUT_FILENO);
+      ::dup2(::fileno(err), STDERR_FILENO);
       if (::chdir(workDir.c_str()) != 0) ::_exit(126);
       ::execve(argv[0], argv.data(), envp.data());
       ::_exit(127);
     }
-    ::close(outPipe[1]);
-    ::close(errPipe[1]);
-    RunResult result;
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    std::string* sinks[2] = {&result.out, &result.err};
-    int open = 2;
-    while (open > 0) {
-      if (::poll(fds, 2, 60000) <= 0) break;
-      for (int i = 0; i < 2; ++i) {
-        if (fds[i].fd < 0 || fds[i].revents == 0) continue;
-        char buffer[4096];
-        const ssize_t n = ::read(fds[i].fd, buffer, sizeof buffer);
-        if (n > 0) {
-          sinks[i]->append(buffer, static_cast<std::size_t>(n));
-        } else {
-          ::close(fds[i].fd);
-          fds[i].fd = -1;
-          --open;
-        }
-      }
-    }
-    for (auto& fd : fds)
-      if (fd.fd >= 0) ::close(fd.fd);
     int status = 0;
     ::waitpid(pid, &status, 0);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err)};
+  }
+
+  static std::string ReadAndClose(FILE* file) {
+    std::string text;
+    std::rewind(file);
+    char buffer[4096];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;) text.append(buffer, n);
+    std::fclose(file);
+    return text;
   }
 
   std::filesystem::path dir;

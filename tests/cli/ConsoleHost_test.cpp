@@ -1,11 +1,12 @@
 #include "cli/ConsoleHost.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include "tests/cli/CliRunner.h"
 
 namespace cvn73100 {
 namespace {
@@ -54,9 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                       BoxCase{false, true, "Send Setup", QUESTION, MsgBoxResult::OK, true, false, 0}));
 
 TEST(ConsoleHost, SaveDialogAsksBeforeReplacingAFile) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "cvnscope-host.XXXXXX").string();
-  ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-  const std::filesystem::path dir = pattern;
+  const std::filesystem::path dir = test::MakeTempDir("cvnscope-host");
   const std::string path = (dir / "s1.scp").string();
   std::ostringstream out, err;
   ConsoleHost host(out, err);

@@ -1,25 +1,20 @@
 #include "cli/SearchResultsFile.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "platform/ScopeError.h"
+#include "tests/cli/CliRunner.h"
 
 namespace cvn73100 {
 namespace {
 
 class SearchResultsFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "cvnscope-results.XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    dir = pattern;
-  }
   void TearDown() override { std::filesystem::remove_all(dir); }
-  std::filesystem::path dir;
+  const std::filesystem::path dir = test::MakeTempDir("cvnscope-results");
 };
 
 TEST_F(SearchResultsFileTest, LivesBesideTheFormAndKeepsTheTable) {
@@ -28,7 +23,8 @@ TEST_F(SearchResultsFileTest, LivesBesideTheFormAndKeepsTheTable) {
   EXPECT_TRUE(file.Load().empty());
 
   std::vector<TableRow> table(2);
-  table[0] = TableRow{1, InstrumentRow{"73135D", "X", "GPIB0::7", "Corvane", "", "Corvane,73135D,1,A"}, "GPIB0::7::INSTR"};
+  table[0] =
+      TableRow{1, InstrumentRow{"73135D", "X", "GPIB0::7", "Corvane", "", "Corvane,73135D,1,A"}, "GPIB0::7::INSTR"};
   table[1] = TableRow{2, InstrumentRow{"Unknown", "", "COM1", "Unknown", "", "garbage\"\\\n"}, "COM1"};
   file.Save(table);
   const std::vector<TableRow> loaded = file.Load();

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "diagnostics/CDebug.h"
 #include "tests/control/ScriptedHost.h"
 
 namespace cvn73100 {
@@ -64,16 +63,10 @@ TEST(AutoCenterTest, KeepsTheHandshakeWarningOnTheScreen) {
 
 class MsgBoxAutoCenterTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    CDebug::SetInstance(std::make_shared<CDebug>());
-    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
-    CDebug::Instance().SupportMessage.Connect([this](const std::string& m) { messages.push_back(m); });
-  }
-  void TearDown() override { CDebug::SetInstance(nullptr); }
-
   test::ScriptedHost host;
   test::ScopedHost scoped{host};
-  std::vector<std::string> messages;
+  test::SupportLog support;
+  std::vector<std::string>& messages = support.blocks;
 };
 
 TEST_F(MsgBoxAutoCenterTest, CentresOverAParentAndReturnsTheAnswer) {

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "diagnostics/CDebug.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "server/ServerError.h"
+#include "tests/control/ScriptedHost.h"
 #include "tests/server/SimulatedScope.h"
 
 namespace cvn73100 {
@@ -23,10 +23,6 @@ class CCvn73100EZTest : public ::testing::Test {
  protected:
   void SetUp() override {
     server::RegisterAutomationServer();
-    auto debug = std::make_shared<CDebug>();
-    debug->SetMode(CDebug::MODE_EVENT);
-    debug->SupportMessage.Connect([this](const std::string& block) { supportMessages.push_back(block); });
-    CDebug::SetInstance(debug);
     ez = std::make_unique<CCvn73100EZ>();
     ez->SetIOManager(sim.manager);
     ez->SetTXDelay(0);
@@ -34,10 +30,7 @@ class CCvn73100EZTest : public ::testing::Test {
     ez->PropertyChanged.Connect([this](const std::string& name) { changes.push_back(name); });
     changes.clear();
   }
-  void TearDown() override {
-    ez.reset();
-    CDebug::SetInstance(nullptr);
-  }
+  void TearDown() override { ez.reset(); }
 
   std::int32_t ErrorNumber(const std::function<void()>& action) {
     try {
@@ -50,9 +43,10 @@ class CCvn73100EZTest : public ::testing::Test {
     return 0;
   }
 
+  test::SupportLog support;
   test::SimulatedScope sim;
   std::unique_ptr<CCvn73100EZ> ez;
-  std::vector<std::string> supportMessages;
+  std::vector<std::string>& supportMessages = support.blocks;
   std::vector<std::string> instrumentIDs;
   std::vector<std::string> changes;
   std::string lastError;

@@ -1,11 +1,13 @@
 #pragma once
 #include <algorithm>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "diagnostics/CDebug.h"
 #include "platform/Host.h"
 
 namespace cvn73100::test {
@@ -63,33 +65,30 @@ class ScriptedHost : public Host {
 
   int MsgBox(WindowHandle parent, const std::string& prompt, int style, const std::string& title) override {
     boxes.push_back(Box{parent, prompt, style, title, false, std::nullopt, {}, 0});
-    return NextMsgBoxAnswer();
+    return Next(msgBoxAnswers, defaultMsgBoxAnswer);
   }
   int MsgBoxPlaced(WindowHandle parent, const std::string& prompt, int style, const std::string& title,
                    const Placement& place, const std::string& helpFile, int helpContext) override {
     std::optional<Rect> at;
     if (place) at = place(boxRect, parentRect);
     boxes.push_back(Box{parent, prompt, style, title, true, at, helpFile, helpContext});
-    return NextMsgBoxAnswer();
+    return Next(msgBoxAnswers, defaultMsgBoxAnswer);
   }
   MessageOptionResult ShowMessageOption(const MessageOptionRequest& request) override {
     std::optional<Rect> at;
     if (request.placement) at = request.placement(boxRect, parentRect);
     optionDialogs.push_back(OptionDialog{request, at});
-    if (optionAnswers.empty()) return MessageOptionResult{MsgBoxResult::OK, request.optionChecked};
-    const MessageOptionResult answer = optionAnswers.front();
-    optionAnswers.pop_front();
-    return answer;
+    return Next(optionAnswers, MessageOptionResult{MsgBoxResult::OK, request.optionChecked});
   }
   void PropertyChanged(const std::string& name) override { propertyChanges.push_back(name); }
   bool AmbientUserMode() override { return userMode; }
   std::optional<FileDialogResult> GetOpenFileName(const FileDialogRequest& request) override {
     openFileRequests.push_back(request);
-    return NextFileAnswer(openFileAnswers);
+    return Next(openFileAnswers, std::optional<FileDialogResult>());
   }
   std::optional<FileDialogResult> GetSaveFileName(const FileDialogRequest& request) override {
     saveFileRequests.push_back(request);
-    return NextFileAnswer(saveFileAnswers);
+    return Next(saveFileAnswers, std::optional<FileDialogResult>());
   }
   void SetClipboardText(const std::string& text) override { clipboard = text; }
   std::string ClipboardText() override { return clipboard; }
@@ -117,15 +116,10 @@ class ScriptedHost : public Host {
   }
 
  private:
-  int NextMsgBoxAnswer() {
-    if (msgBoxAnswers.empty()) return defaultMsgBoxAnswer;
-    const int answer = msgBoxAnswers.front();
-    msgBoxAnswers.pop_front();
-    return answer;
-  }
-  static std::optional<FileDialogResult> NextFileAnswer(std::deque<std::optional<FileDialogResult>>& answers) {
-    if (answers.empty()) return std::nullopt;
-    auto answer = answers.front();
+  template <class T>
+  static T Next(std::deque<T>& answers, T fallback) {
+    if (answers.empty()) return fallback;
+    T answer = answers.front();
     answers.pop_front();
     return answer;
   }
@@ -138,6 +132,25 @@ class ScopedHost {
   ~ScopedHost() { Host::SetCurrent(nullptr); }
   ScopedHost(const ScopedHost&) = delete;
   ScopedHost& operator=(const ScopedHost&) = delete;
+};
+
+// Makes a fresh support-message facility the process's own for a scope, delivering as events, and keeps
+// every block it delivers.
+class SupportLog {
+ public:
+  SupportLog() {
+    m_debug->SetMode(CDebug::MODE_EVENT);
+    m_debug->SupportMessage.Connect([this](const std::string& block) { blocks.push_back(block); });
+    CDebug::SetInstance(m_debug);
+  }
+  ~SupportLog() { CDebug::SetInstance(nullptr); }
+  SupportLog(const SupportLog&) = delete;
+  SupportLog& operator=(const SupportLog&) = delete;
+
+  std::vector<std::string> blocks;
+
+ private:
+  std::shared_ptr<CDebug> m_debug = std::make_shared<CDebug>();
 };
 
 }  // namespace cvn73100::test

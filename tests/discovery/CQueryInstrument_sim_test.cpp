@@ -13,6 +13,7 @@
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "tests/control/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
@@ -22,15 +23,6 @@ using ::testing::StartsWith;
 
 const sim::Identity kSupported{"Corvane Technologies", "73135D", "QX40001234", "A.02.10"};
 const sim::Identity kOtherSupported{"ACME", "73105B", "1", "B.01"};
-
-class RecordingHost : public SilentHost {
- public:
-  std::vector<std::string> prompts;
-  int MsgBox(WindowHandle, const std::string& prompt, int, const std::string&) override {
-    prompts.push_back(prompt);
-    return MsgBoxResult::OK;
-  }
-};
 
 int OpenFileDescriptors() {
   int count = 0;
@@ -45,13 +37,11 @@ class CQueryInstrumentSim : public ::testing::Test {
  protected:
   void SetUp() override {
     Messages::SetLanguageBase(Messages::ENGLISH);
-    Host::SetCurrent(&host);
     manager = std::make_shared<io::IOManager>(
         io::BoardMap::FromText("GPIB0 = sim\nCOM1 = " + pty->DevicePath() + "\n", "test"));
     manager->SetSimulatedBus(0, bus);
     query.Initialize(1, config, manager);
   }
-  void TearDown() override { Host::SetCurrent(nullptr); }
 
   std::shared_ptr<sim::Instrument> AttachToBus(int address, const sim::Identity& identity,
                                                const sim::Faults& faults = {}) {
@@ -67,7 +57,8 @@ class CQueryInstrumentSim : public ::testing::Test {
   std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager;
   std::shared_ptr<CIOconfiguration> config = std::make_shared<CIOconfiguration>();
-  RecordingHost host;
+  test::ScriptedHost host;
+  test::ScopedHost scopedHost{host};
   CQueryInstrument query;
 };
 
@@ -135,9 +126,9 @@ TEST_F(CQueryInstrumentSim, SerialQueryUsesThePortsSettings) {
   std::string reply;
   EXPECT_EQ(query.Test(0, "COM1::Baud=19200,Handshake=DTR_DSR", reply), IDNSupported);
   EXPECT_EQ(reply, kSupported.Reply());
-  ASSERT_EQ(host.prompts.size(), 1u);
-  EXPECT_THAT(host.prompts[0], StartsWith(Messages::Load(226) + "\r\n\r\n" + Messages::Load(227)));
-  EXPECT_THAT(host.prompts[0], HasSubstr("\r\n\r\n    COM1"));
+  ASSERT_EQ(host.boxes.size(), 1u);
+  EXPECT_THAT(host.boxes[0].prompt, StartsWith(Messages::Load(226) + "\r\n\r\n" + Messages::Load(227)));
+  EXPECT_THAT(host.boxes[0].prompt, HasSubstr("\r\n\r\n    COM1"));
 
   config->SetBaudRate(1, 9600);  // the instrument no longer understands the line
   EXPECT_EQ(query.RS232IDNQuery("COM1", reply), IDNNoResponse);

@@ -7,10 +7,10 @@
 #include <deque>
 #include <map>
 
-#include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Os.h"
+#include "tests/control/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
@@ -124,40 +124,6 @@ class FakeManager : public IIOManager {
   }
 };
 
-class RecordingHost : public SilentHost {
- public:
-  struct Box {
-    WindowHandle parent;
-    std::string prompt;
-    int style;
-    std::string title;
-  };
-  std::vector<Box> boxes;
-  int MsgBox(WindowHandle parent, const std::string& prompt, int style, const std::string& title) override {
-    boxes.push_back({parent, prompt, style, title});
-    return MsgBoxResult::OK;
-  }
-};
-
-// Collects the support messages that assertions deliver.
-class AssertionLog {
- public:
-  AssertionLog() : m_debug(std::make_shared<CDebug>()) {
-    m_debug->SetMode(CDebug::MODE_EVENT);
-    m_connection = m_debug->SupportMessage.Connect([this](const std::string& block) { blocks.push_back(block); });
-    CDebug::SetInstance(m_debug);
-  }
-  ~AssertionLog() {
-    m_connection.Disconnect();
-    CDebug::SetInstance(nullptr);
-  }
-  std::vector<std::string> blocks;
-
- private:
-  std::shared_ptr<CDebug> m_debug;
-  EventConnection m_connection;
-};
-
 // ---- Classification ----
 
 struct ReplyCase {
@@ -240,7 +206,7 @@ TEST(CQueryInstrumentWait, NeverEndsEarlyOnTheRealClock) {
 
 TEST(CQueryInstrumentWait, CounterWrapIsAnError) {
   for (const std::int32_t ms : {50, 5}) {
-    AssertionLog assertions;
+    test::SupportLog assertions;
     FakeOs os;
     ScopedOs scoped(os);
     os.SetTick(INT32_MAX - 3);
@@ -296,17 +262,14 @@ class CQueryInstrumentFake : public ::testing::Test {
  protected:
   void SetUp() override {
     Messages::SetLanguageBase(Messages::ENGLISH);
-    Host::SetCurrent(&host);
     query.Initialize(50, config, manager);
   }
-  void TearDown() override {
-    Host::SetCurrent(nullptr);
-    Messages::SetLanguageBase(Messages::ENGLISH);
-  }
+  void TearDown() override { Messages::SetLanguageBase(Messages::ENGLISH); }
 
   FakeOs os;
   ScopedOs scopedOs{os};
-  RecordingHost host;
+  test::ScriptedHost host;
+  test::ScopedHost scopedHost{host};
   std::shared_ptr<CIOconfiguration> config = std::make_shared<CIOconfiguration>();
   std::shared_ptr<FakeManager> manager = std::make_shared<FakeManager>();
   CQueryInstrument query;
@@ -532,7 +495,7 @@ TEST_F(CQueryInstrumentFake, OtherLanguagesShowTheShortCaution) {
 }
 
 TEST_F(CQueryInstrumentFake, WrongPortTypeIsRaisedWithTheAddress) {
-  AssertionLog assertions;
+  test::SupportLog assertions;
   const std::pair<const char*, const char*> cases[] = {
       {"GPIB1::3::INSTR", "GP-IB instrument ID query error.\r\n\r\nAt address:\r\n\r\n    GPIB1::3::INSTR"},
       {"COM2::Baud=2400", "RS-232 instrument ID query error.\r\n\r\nAt address:\r\n\r\n    COM2"},

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "control/Cvn73100Scope.h"
-#include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
@@ -125,7 +124,6 @@ class SearchInstrumentsTest : public ::testing::Test {
   std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager = std::make_shared<io::IOManager>(
       io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "test"));
-  std::vector<std::string> supportMessages;
   RecordingView view;
   std::unique_ptr<Cvn73100Scope> control;
   std::unique_ptr<Cvn73100PPSrchIO> page;
@@ -274,17 +272,14 @@ TEST_F(SearchInstrumentsTest, TestQueriesTheRowAgainAndRelistsItInPlace) {
 }
 
 TEST_F(SearchInstrumentsTest, BindingIsAwaitedForAtMostMaxDiscoveryDelay) {
-  auto debug = std::make_shared<CDebug>();
-  debug->SetMode(CDebug::MODE_EVENT);
-  debug->SupportMessage.Connect([this](const std::string& block) { supportMessages.push_back(block); });
-  CDebug::SetInstance(debug);
+  test::SupportLog support;
   page = std::make_unique<Cvn73100PPSrchIO>(view);
   page->PropertyPage_Paint();
   EXPECT_TRUE(view.timers.count(SearchPageTimer::InstrumentDiscovery));
   for (int i = 0; i < Cvn73100PPSrchIO::MAX_DISCOVERY_DELAY / Cvn73100PPSrchIO::DISCOVERY_TIMER_INTERVAL; ++i)
     EXPECT_NO_THROW(page->TimerInstrumentDiscovery_Timer());
-  ASSERT_EQ(supportMessages.size(), 1u) << "reported once the delay reaches the limit";
-  EXPECT_NE(supportMessages[0].find("(m_lDiscoveryDelay < MAX_DISCOVERY_DELAY)"), std::string::npos);
+  ASSERT_EQ(support.blocks.size(), 1u) << "reported once the delay reaches the limit";
+  EXPECT_NE(support.blocks[0].find("(m_lDiscoveryDelay < MAX_DISCOVERY_DELAY)"), std::string::npos);
   try {
     page->TimerInstrumentDiscovery_Timer();
     ADD_FAILURE() << "no error";

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "diagnostics/CDebug.h"
 #include "dialogs/FrmMessageOption.h"
 #include "dialogs/Messages.h"
 #include "discovery/CQueryInstrument.h"
@@ -21,16 +20,8 @@ const std::string kUnsupported = "Corvane Technologies,73199B,QX1,A.02.10";
 
 class IsHandshakeOKTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    Messages::SetLanguageBase(Messages::ENGLISH);
-    CDebug::SetInstance(std::make_shared<CDebug>());
-    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
-    CDebug::Instance().SupportMessage.Connect([this](const std::string& m) { messages.push_back(m); });
-  }
-  void TearDown() override {
-    Messages::SetLanguageBase(Messages::ENGLISH);
-    CDebug::SetInstance(nullptr);
-  }
+  void SetUp() override { Messages::SetLanguageBase(Messages::ENGLISH); }
+  void TearDown() override { Messages::SetLanguageBase(Messages::ENGLISH); }
 
   bool Check(const std::string& address, const std::string& idn, WindowHandle parent = 7) {
     return IsHandshakeOK(address, idn, parent, dontShow, last, shown, false, true);
@@ -38,7 +29,8 @@ class IsHandshakeOKTest : public ::testing::Test {
 
   test::ScriptedHost host;
   test::ScopedHost scoped{host};
-  std::vector<std::string> messages;
+  test::SupportLog support;
+  std::vector<std::string>& messages = support.blocks;
   bool dontShow = false;
   std::string last = "unsettled";
   bool shown = true;

@@ -41,7 +41,6 @@ TEST_F(DialogsTest, SetupFormStaysOpenUntilTheTextsAreAcceptable) {
   };
   for (const Case& c : {Case{"Bench1", "any comment", ""}, Case{"", "", "Error.  You must specify a setup name."},
                         Case{"two words", "", "Names may not contain spaces or the \"|\" character."},
-                        Case{"a|b", "", "Names may not contain spaces or the \"|\" character."},
                         Case{"Bench1", "x|y", "Comments may not contain the \"|\" character."}}) {
     SCOPED_TRACE(c.name.toStdString() + " / " + c.comments.toStdString());
     host.ClearRecords();

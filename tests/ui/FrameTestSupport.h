@@ -2,7 +2,9 @@
 #include <stdlib.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -13,23 +15,41 @@
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
+#include "ui/QtHost.h"
 
 namespace cvn73100::test {
 
-// Answers the next modal window of type T that opens while the test waits in an exec() (polling every
-// few milliseconds, so it also finds dialogs that come up in the middle of a click handler).
+// Answers the next pop-up menu or modal window of type T that opens while the test waits in an exec()
+// (polling every few milliseconds, so it also finds dialogs that come up in the middle of a click handler).
 template <class T>
 void AnswerNextModal(std::function<void(T*)> answer) {
   auto* timer = new QTimer;
   timer->setInterval(5);
   QObject::connect(timer, &QTimer::timeout, [timer, answer] {
-    T* modal = qobject_cast<T*>(QApplication::activeModalWidget());
+    T* modal = qobject_cast<T*>(QApplication::activePopupWidget());
+    if (!modal) modal = qobject_cast<T*>(QApplication::activeModalWidget());
     if (!modal || !modal->isVisible()) return;
     timer->stop();
     timer->deleteLater();
     answer(modal);
   });
   timer->start();
+}
+
+// Runs `answer` on the next dialog that `host` shows.
+inline void OnNextDialog(ui::QtHost& host, std::function<void(QDialog*)> answer) {
+  auto connection = std::make_shared<QMetaObject::Connection>();
+  *connection = QObject::connect(&host, &ui::QtHost::dialogShown, [connection, answer](QDialog* dialog) {
+    QObject::disconnect(*connection);
+    answer(dialog);
+  });
+}
+
+// The texts of one column of a list, top to bottom.
+inline QStringList Column(const QTreeWidget* list, int column) {
+  QStringList texts;
+  for (int i = 0; i < list->topLevelItemCount(); ++i) texts << list->topLevelItem(i)->text(column);
+  return texts;
 }
 
 // A control whose I/O library sees `boardMap` (default: the simulated GPIB bus on GPIB0 and a simulated

@@ -48,11 +48,6 @@ class PagesTest : public ::testing::Test {
     if (page) frame->Tabs()->setCurrentWidget(page);
     return page;
   }
-  static QStringList Column(const QTreeWidget* list, int column) {
-    QStringList texts;
-    for (int i = 0; i < list->topLevelItemCount(); ++i) texts << list->topLevelItem(i)->text(column);
-    return texts;
-  }
   static void Choose(QComboBox* combo, const QString& text) { combo->setCurrentIndex(combo->findText(text)); }
 
   test::ControlFixture components;
@@ -91,9 +86,9 @@ TEST_F(PagesTest, SearchListsTheSimulatedInstrumentsAndApplyMakesTheChosenOneThe
   QTest::mouseClick(page->SearchButton(), Qt::LeftButton);
 
   EXPECT_TRUE(resultsShown);
-  EXPECT_EQ(Column(page->List(), 2), (QStringList{"COM1", "GPIB0::3", "GPIB0::7", "GPIB0::12", "GPIB0::20"}));
-  EXPECT_EQ(Column(page->List(), 0), (QStringList{"73135D", "73199B", "73135D", "44210A", "Unknown"}));
-  EXPECT_EQ(Column(page->List(), 1), (QStringList{"X", "", "X", "", ""}));
+  EXPECT_EQ(test::Column(page->List(), 2), (QStringList{"COM1", "GPIB0::3", "GPIB0::7", "GPIB0::12", "GPIB0::20"}));
+  EXPECT_EQ(test::Column(page->List(), 0), (QStringList{"73135D", "73199B", "73135D", "44210A", "Unknown"}));
+  EXPECT_EQ(test::Column(page->List(), 1), (QStringList{"X", "", "X", "", ""}));
   EXPECT_EQ(page->MessageLabel()->text(), "Search Complete.");
   EXPECT_TRUE(page->TestButton()->isEnabled());
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);

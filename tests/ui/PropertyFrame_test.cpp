@@ -48,9 +48,7 @@ class PropertyFrameTest : public ::testing::Test {
   // Opens the pages with `selector` and runs `look` on the frame before it is closed with `close`.
   void WithFrame(int selector, const std::function<void(PropertyFrame&)>& look) {
     bool shown = false;
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(&host, &QtHost::dialogShown, [&, connection](QDialog* dialog) {
-      QObject::disconnect(*connection);
+    test::OnNextDialog(host, [&](QDialog* dialog) {
       auto* frame = qobject_cast<PropertyFrame*>(dialog);
       shown = frame != nullptr;
       if (frame) look(*frame);

@@ -19,6 +19,7 @@
 
 #include "control/AutoCenter.h"
 #include "dialogs/Messages.h"
+#include "tests/ui/FrameTestSupport.h"
 #include "ui/DialogPlacement.h"
 #include "ui/MessageOptionDialog.h"
 
@@ -41,14 +42,7 @@ class QtHostTest : public ::testing::Test {
     return window;
   }
 
-  // Runs `answer` on the next dialog the host shows.
-  void OnNextDialog(std::function<void(QDialog*)> answer) {
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(&host, &QtHost::dialogShown, [connection, answer](QDialog* dialog) {
-      QObject::disconnect(*connection);
-      answer(dialog);
-    });
-  }
+  void OnNextDialog(std::function<void(QDialog*)> answer) { test::OnNextDialog(host, std::move(answer)); }
 
   QtHost host;
 };
