@@ -39,7 +39,7 @@ QLabel* StatusLabel(QWidget* parent) {
 
 }  // namespace
 
-SearchCriteriaPage::SearchCriteriaPage(QWidget* parent) : PropertyPage(parent) {
+SearchCriteriaPage::SearchCriteriaPage(QWidget* parent) : ConfigurationPage(parent) {
   auto* intro = new QLabel(Msg(320), this);
   intro->setWordWrap(true);
 
@@ -164,25 +164,6 @@ SearchCriteriaPage::SearchCriteriaPage(QWidget* parent) : PropertyPage(parent) {
 SearchCriteriaPage::~SearchCriteriaPage() = default;
 
 QString SearchCriteriaPage::Caption() const { return Msg(300); }
-
-void SearchCriteriaPage::TakeControlConfiguration() {
-  Cvn73100Scope* control = SelectedControl();
-  if (!control) return;
-  const IPPCvn73100Scope& link = *control;
-  m_config = link.IOConfigurationPropertyPage();
-  m_changed = false;
-  setEnabled(true);
-  Fill();
-  emit changed();
-}
-
-void SearchCriteriaPage::SelectionChanged() { TakeControlConfiguration(); }
-
-void SearchCriteriaPage::showEvent(QShowEvent* event) {
-  PropertyPage::showEvent(event);
-  // Another page may have applied a new configuration; a page without edits of its own follows it.
-  if (!m_changed) TakeControlConfiguration();
-}
 
 void SearchCriteriaPage::Fill() {
   if (!m_config) return;

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "ioconfig/IOConfigurationConstants.h"
-#include "ui/PropertyPage.h"
+#include "ui/ConfigurationPage.h"
 
 class QCheckBox;
 class QComboBox;
@@ -25,19 +25,14 @@ namespace cvn73100::ui {
 // It edits a copy of the control's I/O configuration. Apply hands back what this page edits (the
 // search tables and DTR/DSR-only) over the control's current configuration, so an address another
 // page has applied meanwhile stays, and tells the control that its I/O configuration changed.
-class SearchCriteriaPage : public PropertyPage {
+class SearchCriteriaPage : public ConfigurationPage {
   Q_OBJECT
  public:
   explicit SearchCriteriaPage(QWidget* parent = nullptr);
   ~SearchCriteriaPage() override;
 
   QString Caption() const override;
-  void SelectionChanged() override;
   void ApplyChanges() override;
-  bool Changed() const override { return m_changed; }
-
-  // The working copy (null until bound).
-  const CIOconfiguration* Configuration() const { return m_config.get(); }
 
   QCheckBox* GPIBInclude(int port) const { return m_gpibInclude[static_cast<std::size_t>(port)]; }
   QLabel* GPIBInstalled(int port) const { return m_gpibInstalled[static_cast<std::size_t>(port)]; }
@@ -55,20 +50,14 @@ class SearchCriteriaPage : public PropertyPage {
   QLabel* Status() const { return m_status; }
 
  protected:
-  void showEvent(QShowEvent* event) override;
+  void Fill() override;
 
  private:
-  void TakeControlConfiguration();
-  // Draws the working copy.
-  void Fill();
   // Applies one edit to the working copy; a refused edit is shown and the page drawn again.
   void Edit(const std::function<void(CIOconfiguration&)>& edit);
   void SetMask(bool included);
   void RunFindPorts();
 
-  std::shared_ptr<CIOconfiguration> m_config;
-  bool m_changed = false;
-  bool m_filling = false;
   std::array<QCheckBox*, GPIB_PORT_COUNT> m_gpibInclude{};
   std::array<QLabel*, GPIB_PORT_COUNT> m_gpibInstalled{};
   std::array<QCheckBox*, RS232_PORT_COUNT> m_comInclude{};

@@ -56,7 +56,7 @@ std::optional<SetIOPage::SupportMessageChord> SetIOPage::ChordOf(int key, Qt::Ke
   }
 }
 
-SetIOPage::SetIOPage(QWidget* parent) : PropertyPage(parent) {
+SetIOPage::SetIOPage(QWidget* parent) : ConfigurationPage(parent) {
   m_port = new QComboBox(this);
   m_port->setObjectName(QStringLiteral("ComboPort"));
   m_port->addItems(PortNames());
@@ -130,24 +130,6 @@ SetIOPage::SetIOPage(QWidget* parent) : PropertyPage(parent) {
 SetIOPage::~SetIOPage() = default;
 
 QString SetIOPage::Caption() const { return Msg(301); }
-
-void SetIOPage::TakeControlConfiguration() {
-  Cvn73100Scope* control = SelectedControl();
-  if (!control) return;
-  const IPPCvn73100Scope& link = *control;
-  m_config = link.IOConfigurationPropertyPage();
-  m_changed = false;
-  setEnabled(true);
-  Fill();
-  emit changed();
-}
-
-void SetIOPage::SelectionChanged() { TakeControlConfiguration(); }
-
-void SetIOPage::showEvent(QShowEvent* event) {
-  PropertyPage::showEvent(event);
-  if (!m_changed) TakeControlConfiguration();
-}
 
 void SetIOPage::Fill() {
   if (!m_config) return;

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "ui/PropertyPage.h"
+#include "ui/ConfigurationPage.h"
 
 class QComboBox;
 class QFormLayout;
@@ -34,7 +34,7 @@ namespace cvn73100::ui {
 // support-message mode bits 1 (message boxes), 2 (log file), 4 (events) and 8 (assert) to the current
 // mode, and Ctrl+Shift+0 sets it to 0; each confirms in a box titled "Support Message". The chords add
 // rather than set, so the same chord twice carries into the next bit.
-class SetIOPage : public PropertyPage {
+class SetIOPage : public ConfigurationPage {
   Q_OBJECT
  public:
   struct SupportMessageChord {
@@ -55,11 +55,8 @@ class SetIOPage : public PropertyPage {
   ~SetIOPage() override;
 
   QString Caption() const override;
-  void SelectionChanged() override;
   void ApplyChanges() override;
-  bool Changed() const override { return m_changed; }
 
-  const CIOconfiguration* Configuration() const { return m_config.get(); }
   QComboBox* Port() const { return m_port; }
   QSpinBox* GPIBAddress() const { return m_gpibAddress; }
   QComboBox* BaudRate() const { return m_baud; }
@@ -69,11 +66,9 @@ class SetIOPage : public PropertyPage {
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
-  void showEvent(QShowEvent* event) override;
+  void Fill() override;
 
  private:
-  void TakeControlConfiguration();
-  void Fill();
   void Edit(const std::function<void(CIOconfiguration&)>& edit);
   void TypedAddress();
   void RunTest();
@@ -82,9 +77,6 @@ class SetIOPage : public PropertyPage {
   // the address is the control's own.
   std::string KnownIdentity() const;
 
-  std::shared_ptr<CIOconfiguration> m_config;
-  bool m_changed = false;
-  bool m_filling = false;
   std::string m_testedAddress;
   std::string m_testedReply;
   QGroupBox* m_settings = nullptr;
