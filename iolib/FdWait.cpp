@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include "platform/InstrumentIO.h"
+
 namespace cvn73100::io {
 namespace {
 
@@ -34,6 +36,29 @@ bool FdWait::HungUp(int fd) {
   pollfd entry{fd, 0, 0};
   if (::poll(&entry, 1, 0) < 0) return errno != EINTR;
   return (entry.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+void FdWait::UntilWritable(int fd, const Deadline& deadline, const std::string& name) {
+  switch (Writable(fd, deadline)) {
+    case Result::Expired:
+      throw IOError(IOERR_TIMEOUT, "write to " + name);
+    case Result::Hangup:
+      throw IOError(IOERR_DEVICE_VANISHED, name);
+    case Result::Ready:
+      return;
+  }
+}
+
+bool FdWait::UntilReadable(int fd, const Deadline& deadline, const std::string& name) {
+  switch (Readable(fd, deadline)) {
+    case Result::Expired:
+      return false;
+    case Result::Hangup:
+      throw IOError(IOERR_DEVICE_VANISHED, name);
+    case Result::Ready:
+      break;
+  }
+  return true;
 }
 
 }  // namespace cvn73100::io

@@ -87,14 +87,7 @@ void LibSerialPortLine::Check(int result, const char* what) {
 void LibSerialPortLine::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {
   std::size_t done = 0;
   while (done < size) {
-    switch (FdWait::Writable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        throw IOError(IOERR_TIMEOUT, "write to " + m_path);
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_path);
-      case FdWait::Result::Ready:
-        break;
-    }
+    FdWait::UntilWritable(m_fd, deadline, m_path);
     const int n = sp_nonblocking_write(m_port, data + done, size - done);
     if (n < 0) Check(n, "write");
     done += static_cast<std::size_t>(n);
@@ -103,14 +96,7 @@ void LibSerialPortLine::Write(const std::uint8_t* data, std::size_t size, const 
 
 std::size_t LibSerialPortLine::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
   for (;;) {
-    switch (FdWait::Readable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        return 0;
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_path);
-      case FdWait::Result::Ready:
-        break;
-    }
+    if (!FdWait::UntilReadable(m_fd, deadline, m_path)) return 0;
     const int n = sp_nonblocking_read(m_port, buffer, max);
     if (n < 0) Check(n, "read");
     if (n > 0) return static_cast<std::size_t>(n);

@@ -90,14 +90,7 @@ void PtyLine::Modify(Change change, const char* what) {
 void PtyLine::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {
   std::size_t done = 0;
   while (done < size) {
-    switch (FdWait::Writable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        throw IOError(IOERR_TIMEOUT, "write to " + m_path);
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_path);
-      case FdWait::Result::Ready:
-        break;
-    }
+    FdWait::UntilWritable(m_fd, deadline, m_path);
     const ssize_t n = ::write(m_fd, data + done, size - done);
     if (n < 0) {
       if (errno == EAGAIN || errno == EINTR) continue;
@@ -109,14 +102,7 @@ void PtyLine::Write(const std::uint8_t* data, std::size_t size, const Deadline& 
 
 std::size_t PtyLine::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
   for (;;) {
-    switch (FdWait::Readable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        return 0;
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_path);
-      case FdWait::Result::Ready:
-        break;
-    }
+    if (!FdWait::UntilReadable(m_fd, deadline, m_path)) return 0;
     const ssize_t n = ::read(m_fd, buffer, max);
     if (n > 0) return static_cast<std::size_t>(n);
     if (n < 0 && (errno == EAGAIN || errno == EINTR)) continue;

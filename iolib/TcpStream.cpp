@@ -73,14 +73,7 @@ void TcpStream::Close() noexcept {
 void TcpStream::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {
   std::size_t done = 0;
   while (done < size) {
-    switch (FdWait::Writable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        throw IOError(IOERR_TIMEOUT, "write to " + m_name);
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_name);
-      case FdWait::Result::Ready:
-        break;
-    }
+    FdWait::UntilWritable(m_fd, deadline, m_name);
     const ssize_t n = ::send(m_fd, data + done, size - done, MSG_NOSIGNAL);
     if (n < 0) {
       if (errno == EAGAIN || errno == EINTR) continue;
@@ -92,14 +85,7 @@ void TcpStream::Write(const std::uint8_t* data, std::size_t size, const Deadline
 
 std::size_t TcpStream::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
   for (;;) {
-    switch (FdWait::Readable(m_fd, deadline)) {
-      case FdWait::Result::Expired:
-        return 0;
-      case FdWait::Result::Hangup:
-        throw IOError(IOERR_DEVICE_VANISHED, m_name);
-      case FdWait::Result::Ready:
-        break;
-    }
+    if (!FdWait::UntilReadable(m_fd, deadline, m_name)) return 0;
     const ssize_t n = ::recv(m_fd, buffer, max, 0);
     if (n > 0) return static_cast<std::size_t>(n);
     if (n == 0) throw IOError(IOERR_DEVICE_VANISHED, m_name + ": connection closed");
