@@ -159,20 +159,21 @@ TEST_P(DeviceVanishes, DistinctErrorAtOnceNoSpinAndThePortOpensAgain) {
   EXPECT_EQ(OpenDescriptors(), descriptorsBefore);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Hardening, DeviceVanishes,
-    ::testing::Values(VanishCase{"BlockReadThroughTheServer",
-                                 [](server::Cvn73100Server& server) {
-                                   server.GetScreenImage(Cvn73100_ImageFormat_BMP);
-                                 }},
-                      VanishCase{"RawReadThroughTheServer",
-                                 [](server::Cvn73100Server& server) {
-                                   server.Output(Variant(":DISPlay:DATA? BMP"));
-                                   std::int32_t count = 500000;
-                                   Bytes bytes;
-                                   server.ReadBytes(count, bytes);
-                                 }}),
-    [](const ::testing::TestParamInfo<VanishCase>& param) { return std::string(param.param.name); });
+INSTANTIATE_TEST_SUITE_P(Hardening, DeviceVanishes,
+                         ::testing::Values(VanishCase{"BlockReadThroughTheServer",
+                                                      [](server::Cvn73100Server& server) {
+                                                        server.GetScreenImage(Cvn73100_ImageFormat_BMP);
+                                                      }},
+                                           VanishCase{"RawReadThroughTheServer",
+                                                      [](server::Cvn73100Server& server) {
+                                                        server.Output(Variant(":DISPlay:DATA? BMP"));
+                                                        std::int32_t count = 500000;
+                                                        Bytes bytes;
+                                                        server.ReadBytes(count, bytes);
+                                                      }}),
+                         [](const ::testing::TestParamInfo<VanishCase>& param) {
+                           return std::string(param.param.name);
+                         });
 
 // --- A late reply. ---
 
@@ -237,6 +238,34 @@ INSTANTIATE_TEST_SUITE_P(Hardening, LateReply,
                                            LateCase{"SerialStaleStillOnItsWay", kSerialAddress, false},
                                            LateCase{"SerialStaleOneStillOnItsWay", kSerialAddress, false, "*OPC?"}),
                          [](const ::testing::TestParamInfo<LateCase>& param) { return std::string(param.param.name); });
+
+TEST(LateReply, ASerialInstrumentThatStaysSilentIsNotTakenToBeInStep) {
+  Bench bench;
+  server::Cvn73100Server server(bench.manager);
+  server.OpenConnection(kSerialAddress);
+  server.Utilities().IOChannel()->SetTimeout(kShortTimeoutMs);
+  sim::Faults silent;
+  silent.silent = true;
+  bench.serialInstrument->SetFaults(silent);
+  Variant reply;
+  server.Output(Variant("*IDN?"));
+  EXPECT_EQ(IOConditionOf([&] { server.Enter(reply, Variant("K")); }), IOERR_TIMEOUT);
+
+  // The next message first needs the instrument to confirm that nothing more is coming; it cannot.
+  try {
+    server.Output(Variant(":TIMebase:RANGe?"));
+    ADD_FAILURE() << "a silent instrument was taken to be in step";
+  } catch (const ScopeError& e) {
+    EXPECT_EQ(IOErrorCondition(e), IOERR_TIMEOUT);
+    EXPECT_NE(e.Description().find("*OPC?"), std::string::npos) << e.Description();
+  }
+
+  // Once it talks again, the channel comes back in step by itself.
+  bench.serialInstrument->SetFaults(sim::Faults{});
+  server.Output(Variant(":TIMebase:RANGe?"));
+  server.Enter(reply, Variant("K"));
+  EXPECT_DOUBLE_EQ(server::ScpiChannel::ParseReal(reply.AsString()), 1e-3) << reply.AsString();
+}
 
 }  // namespace
 }  // namespace cvn73100::hardening
