@@ -215,7 +215,8 @@ def main():
         add("Query", f"Identification query on the simulator's pty, TXDelay {tx} ms: our time above its mandated "
             "waits and above the bare system calls of the same sequence / PyVISA-py's open + `*IDN?` + close "
             "above the bare system calls of that", compare[f"above_floor_tx{tx}_over_pyvisa"], "<= 0.1",
-            f"({us(f'overhead_tx{tx}_s'):.0f} − {us(f'query_floor_tx{tx}_s'):.0f}) µs / "
+            f"{us(f'above_floor_tx{tx}_s'):.0f} µs (median of {us(f'overhead_tx{tx}_s'):.0f} − "
+            f"{us(f'query_floor_tx{tx}_s'):.0f} paired by round) / "
             f"({py_cycle * 1e3:.0f} − {us(f'exchange_floor_tx{tx}_s'):.0f}) µs", pv)
         add("Query", "… the same without taking off either side's bare system calls: our time above the mandated "
             "waits / PyVISA-py's whole cycle", compare[f"overhead_tx{tx}_over_pyvisa"], None,

@@ -87,28 +87,37 @@ void PtyLine::Modify(Change change, const char* what) {
   m_settings = settings;
 }
 
+// Both directions try the descriptor first and wait only when it would block: the line is usually ready (a
+// reply has arrived by the time it is read), and a wait costs a system call.
 void PtyLine::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {
   std::size_t done = 0;
   while (done < size) {
-    FdWait::UntilWritable(m_fd, deadline, m_path);
     const ssize_t n = ::write(m_fd, data + done, size - done);
-    if (n < 0) {
-      if (errno == EAGAIN || errno == EINTR) continue;
+    if (n >= 0) {
+      done += static_cast<std::size_t>(n);
+    } else if (errno == EAGAIN) {
+      FdWait::UntilWritable(m_fd, deadline, m_path);
+    } else if (errno != EINTR) {
       throw ErrnoError::Make(errno, "write to " + m_path);
     }
-    done += static_cast<std::size_t>(n);
   }
 }
 
 std::size_t PtyLine::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
-  for (;;) {
-    if (!FdWait::UntilReadable(m_fd, deadline, m_path)) return 0;
+  for (bool readable = false;;) {
     const ssize_t n = ::read(m_fd, buffer, max);
     if (n > 0) return static_cast<std::size_t>(n);
-    if (n < 0 && (errno == EAGAIN || errno == EINTR)) continue;
-    // A pty whose master side closed reads as end of file or EIO.
-    if (n == 0 || ErrnoError::MeansVanished(errno)) throw IOError(IOERR_DEVICE_VANISHED, m_path);
-    throw ErrnoError::Make(errno, "read from " + m_path);
+    const int err = n < 0 ? errno : 0;
+    if (err == EINTR) continue;
+    // An empty raw line reads as 0 bytes; once the wait has said it is readable, 0 bytes (or EIO) mean that the
+    // master side closed.
+    if ((n == 0 && !readable) || err == EAGAIN) {
+      if (!FdWait::UntilReadable(m_fd, deadline, m_path)) return 0;
+      readable = true;
+      continue;
+    }
+    if (n == 0 || ErrnoError::MeansVanished(err)) throw IOError(IOERR_DEVICE_VANISHED, m_path);
+    throw ErrnoError::Make(err, "read from " + m_path);
   }
 }
 

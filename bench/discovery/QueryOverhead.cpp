@@ -13,7 +13,8 @@
 //   query_overhead ADDRESS NODE [CYCLES] [TX_DELAY_MS]
 //
 // ADDRESS is the control's serial address of NODE, e.g. "COM1::Baud=9600,Handshake=DTR_DSR" with the board map
-// pointing COM1 at NODE. Prints one JSON object of medians over CYCLES rounds, in seconds.
+// pointing COM1 at NODE. Prints one JSON object of medians over CYCLES rounds, in seconds; `above_floor_s` is the
+// median of each round's overhead less the floor timed in the same round, both having seen the same moment.
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
@@ -144,7 +145,7 @@ int main(int argc, char** argv) try {
 
   WaitRecordingOs os;
   ScopedOs scoped(os);
-  std::vector<double> totals, mandated, overheads, queryFloors, exchangeFloors;
+  std::vector<double> totals, mandated, overheads, queryFloors, aboveFloors, exchangeFloors;
   std::string reply;
   for (int i = 0; i < cycles; ++i) {
     // Interleaved, so that the three see the same machine.
@@ -165,6 +166,7 @@ int main(int argc, char** argv) try {
     start = NowNs();
     BareExchange(node, &os, txDelay);
     queryFloors.push_back(static_cast<double>(NowNs() - start - os.TakeMandatedNs()) * 1e-9);
+    aboveFloors.push_back(overheads.back() - queryFloors.back());
 
     start = NowNs();
     BareExchange(node, nullptr, txDelay);
@@ -182,9 +184,9 @@ int main(int argc, char** argv) try {
   ::close(fd);
   std::printf(
       "{\"cycles\": %d, \"tx_delay_ms\": %d, \"total_s\": %.9f, \"mandated_s\": %.9f, \"overhead_s\": %.9f, "
-      "\"query_floor_s\": %.9f, \"exchange_floor_s\": %.9f, \"open_port_floor_s\": %.9f}\n",
-      cycles, txDelay, Median(totals), Median(mandated), Median(overheads), Median(queryFloors), Median(exchangeFloors),
-      Median(openFloors));
+      "\"query_floor_s\": %.9f, \"above_floor_s\": %.9f, \"exchange_floor_s\": %.9f, \"open_port_floor_s\": %.9f}\n",
+      cycles, txDelay, Median(totals), Median(mandated), Median(overheads), Median(queryFloors), Median(aboveFloors),
+      Median(exchangeFloors), Median(openFloors));
   return 0;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "query_overhead: %s\n", error.what());
