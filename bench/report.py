@@ -365,8 +365,8 @@ def main():
       "PyVISA-py writes once.")
     w("- **Waking on the tick.** A wait sleeps (an absolute `clock_nanosleep`) until 0.2 ms before its tick and "
       "reads the clock for the rest: the kernel wakes a sleeper tens of microseconds late, more than the whole "
-      "overhead budget. That costs about 0.2 ms of CPU per wait, under 1% of a core over a query (see CPU while "
-      "waiting).")
+      "overhead budget. That costs about 0.2 ms of CPU per wait, under 1% of a core over a query (the search's CPU row includes "
+      "it).")
     w("- **Line rate.** The simulator paces its output at the line rate (baud / 10 bytes per second); a ratio "
       "of 1 means the transfer is as fast as the line allows, and the small shortfall is the query's own "
       "round trip and the block header.")
