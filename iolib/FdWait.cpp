@@ -5,21 +5,23 @@
 #include <cerrno>
 
 #include "platform/InstrumentIO.h"
+#include "platform/Interrupt.h"
 
 namespace cvn73100::io {
 namespace {
 
 FdWait::Result WaitFor(int fd, short events, const Deadline& deadline) {
   for (;;) {
+    Interrupt::Check();
     pollfd entry{fd, events, 0};
-    const int rc = ::poll(&entry, 1, deadline.RemainingMs());
+    const int rc = ::poll(&entry, 1, Interrupt::Slice(std::chrono::milliseconds(deadline.RemainingMs())).count());
     if (rc < 0) {
       if (errno == EINTR) continue;
       return FdWait::Result::Hangup;
     }
     if (rc == 0) {
       if (deadline.Expired()) return FdWait::Result::Expired;
-      continue;  // poll rounds to milliseconds; wait out the rest
+      continue;  // a slice ended, or poll rounded to milliseconds: wait out the rest
     }
     // Input still waiting after a hangup is delivered first; the next read reports the hangup.
     if (entry.revents & events) return FdWait::Result::Ready;

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "iolib/SimulatedBus.h"
+#include "platform/Interrupt.h"
 #include "simulator/Instrument.h"
 
 namespace cvn73100::io {
@@ -23,11 +24,16 @@ std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, co
   const auto instrument = m_bus->Listener(m_address);
   if (!instrument) {
     // Nobody talks at this address: the read ends by its timeout, as on a real bus.
-    std::this_thread::sleep_until(deadline.End());
+    while (!deadline.Expired()) {
+      Interrupt::Check();
+      std::this_thread::sleep_for(Interrupt::Slice(deadline.Remaining()));
+    }
     return 0;
   }
   for (;;) {
-    const std::size_t n = instrument->Read(buffer, max, std::chrono::milliseconds(deadline.RemainingMs()), end);
+    Interrupt::Check();
+    const auto slice = Interrupt::Slice(std::chrono::milliseconds(deadline.RemainingMs()));
+    const std::size_t n = instrument->Read(buffer, max, slice, end);
     if (n > 0 || deadline.Expired()) return n;
   }
 }

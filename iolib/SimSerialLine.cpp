@@ -1,6 +1,7 @@
 #include "iolib/SimSerialLine.h"
 
 #include "platform/InstrumentIO.h"
+#include "platform/Interrupt.h"
 #include "simulator/Instrument.h"
 
 namespace cvn73100::io {
@@ -20,8 +21,10 @@ void SimSerialLine::Write(const std::uint8_t* data, std::size_t size, const Dead
 std::size_t SimSerialLine::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
   if (!m_instrument) throw IOError(IOERR_CLOSED);
   for (;;) {
+    Interrupt::Check();
     bool end = false;
-    const std::size_t n = m_instrument->Read(buffer, max, std::chrono::milliseconds(deadline.RemainingMs()), end);
+    const auto slice = Interrupt::Slice(std::chrono::milliseconds(deadline.RemainingMs()));
+    const std::size_t n = m_instrument->Read(buffer, max, slice, end);
     if (n > 0 || deadline.Expired()) return n;
   }
 }

@@ -4,9 +4,13 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+
+#include "platform/Interrupt.h"
 
 namespace cvn73100 {
 namespace {
@@ -47,10 +51,12 @@ void RealOs::SleepUntilTick(std::int32_t tick) {
   // The kernel wakes a sleeper tens of microseconds late (more with the thread's timer slack): sleep to just
   // before the tick and read the clock for the rest, so that the wait ends on the tick itself.
   const std::int64_t wakeNs = tickNs - FINAL_POLL_NS;
-  if (wakeNs > nowNs) {
-    const timespec wake{static_cast<time_t>(wakeNs / NS_PER_S), static_cast<long>(wakeNs % NS_PER_S)};
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr) == EINTR) {
-    }
+  const std::int64_t sliceNs = std::chrono::nanoseconds(Interrupt::kPollInterval).count();
+  for (std::int64_t now = nowNs; now < wakeNs; now = MonotonicNs()) {
+    Interrupt::Check();
+    const std::int64_t untilNs = Interrupt::Installed() ? std::min(wakeNs, now + sliceNs) : wakeNs;
+    const timespec wake{static_cast<time_t>(untilNs / NS_PER_S), static_cast<long>(untilNs % NS_PER_S)};
+    clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr);
   }
   while (MonotonicNs() < tickNs) {
   }
