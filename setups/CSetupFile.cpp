@@ -203,14 +203,11 @@ void CSetupFile::ReadFile(const std::string& fileName) {
   SetReservedField3(ReadField(file));
   const std::string dataLengthText = ReadField(file);
 
-  // Both numbers come from the file: text that is no number is a damaged file like any other.
-  const auto headerLength = SetupFileReader::ToLong(headerLengthText);
-  const auto dataLength = SetupFileReader::ToLong(dataLengthText);
-  if (!headerLength || !dataLength) RaiseReadError("ReadFile", "ErrorHandler");
-  if (*dataLength < 0) RaiseReadError("ReadFile", "1");
-  if (file.Position() != *headerLength) RaiseReadError("ReadFile", "2");
-  const auto length = static_cast<std::size_t>(*dataLength);
-  if (length > MAX_LEARN_STRING_BYTES || *dataLength > file.Size() - file.Position()) {
+  const std::int32_t dataLength = SetupFileReader::ConvertToLong(dataLengthText);
+  if (dataLength < 0) RaiseReadError("ReadFile", "1");
+  if (file.Position() != SetupFileReader::ConvertToLong(headerLengthText)) RaiseReadError("ReadFile", "2");
+  const auto length = static_cast<std::size_t>(dataLength);
+  if (length > MAX_LEARN_STRING_BYTES || dataLength > file.Size() - file.Position()) {
     RaiseReadError("ReadFile", "3");
   }
   Bytes data;

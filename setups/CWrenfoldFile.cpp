@@ -71,7 +71,7 @@ void CWrenfoldFile::ReadFile(const std::string& fileName) {
   std::string romVersion;
   ReadFileTypeAndROMVersion(file, type, romVersion);
   // Line 2 only has to be a number; its value means nothing to the control.
-  if (!SetupFileReader::ToLong(ReadField(file))) Raise("ReadFile", "ErrorHandler", MSG_LOAD_ERROR);
+  SetupFileReader::ConvertToLong(ReadField(file));
   SetUserComments(SetupText::Trim(ReadField(file)));
   const std::string makerAndModel = ReadField(file);
   SetModel(makerAndModel.size() > MAKER_CODE_LENGTH ? makerAndModel.substr(MAKER_CODE_LENGTH) : std::string());

@@ -342,13 +342,11 @@ void Cvn73100PPSetup::frmsetupmenuEvents_EditClick() {
       // The collection finds names in any case, so the key may stay.
       setup->SetNewName(newName);
     } else if (renamed) {
-      const bool wasCurrent = SetupText::EqualsIgnoreCase(m_setups->LastInstrumentSetup(), oldName);
+      // Re-keyed by removing the old name, which, like any removal by name, clears the current mark.
       edited = m_setups->Add(newName);
       edited->Copy(*setup);
       edited->SetNewName(newName);
       m_setups->Remove(oldName);
-      // The renamed setup is still the one the instrument holds.
-      if (wasCurrent) m_setups->SetLastInstrumentSetup(newName);
     }
     edited->SetComments(comments);
   } catch (const std::exception& error) {

@@ -79,16 +79,12 @@ void SetupCvn73100Scope::Copy(const SetupCvn73100Scope& source) {
 void SetupCvn73100Scope::GetFromInstrument() {
   const auto [parent, connection] = Connection(*this, "(Not (m_setup.CCvn73100EZPtr Is Nothing))", "GetFromInstrument");
   IUtilities& utilities = connection->Utilities();
-  // All three are read before any is stored: a learn string must never be labelled with another
-  // instrument's model or firmware, or it could later be sent to an instrument it does not suit.
-  cvn73100::LearnString learnString = utilities.ReadStateData();
-  std::string model = utilities.InstrumentModel();
-  CDebug::Instance().Assert(!model.empty(), "(Len(m_strModel) > 0)", CLASS_NAME, "GetFromInstrument", "2");
-  std::string version = utilities.InstrumentFirmwareVersion();
-  CDebug::Instance().Assert(!version.empty(), "(Len(m_strVersion) > 0)", CLASS_NAME, "GetFromInstrument", "3");
-  m_vntLearnString = std::move(learnString);
-  m_strModel = std::move(model);
-  m_strVersion = std::move(version);
+  // Each field takes its value as soon as it is read; an error ends the fetch and keeps what it already took.
+  m_vntLearnString = utilities.ReadStateData();
+  m_strModel = utilities.InstrumentModel();
+  CDebug::Instance().Assert(!m_strModel.empty(), "(Len(m_strModel) > 0)", CLASS_NAME, "GetFromInstrument", "2");
+  m_strVersion = utilities.InstrumentFirmwareVersion();
+  CDebug::Instance().Assert(!m_strVersion.empty(), "(Len(m_strVersion) > 0)", CLASS_NAME, "GetFromInstrument", "3");
   parent->SetLastInstrumentSetup(m_strName);
 }
 

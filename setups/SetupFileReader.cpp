@@ -1,5 +1,6 @@
 #include "setups/SetupFileReader.h"
 
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,8 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
+
+#include "platform/ScopeError.h"
 
 namespace cvn73100 {
 namespace {
@@ -122,6 +125,12 @@ std::optional<std::int32_t> SetupFileReader::ToLong(std::string_view text) {
   const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (ec != std::errc() || ptr != text.data() + text.size()) return std::nullopt;
   return value;
+}
+
+std::int32_t SetupFileReader::ConvertToLong(std::string_view text) {
+  const auto value = ToLong(text);
+  if (!value) throw RuntimeError(ERR_TYPE_MISMATCH);
+  return *value;
 }
 
 }  // namespace cvn73100

@@ -40,6 +40,8 @@ class SetupFileReader {
   // A whole decimal number with optional sign and surrounding white space (a line's carriage return
   // included); nullopt for anything else or a value outside 32 bits.
   static std::optional<std::int32_t> ToLong(std::string_view text);
+  // The same number, or the conversion error (type mismatch, 13) for text that is none.
+  static std::int32_t ConvertToLong(std::string_view text);
 
  private:
   bool Fill();

@@ -97,7 +97,7 @@ TEST_F(CSetupFileTest, DamagedOrForeignFilesAreRefused) {
     const char* name;
     std::string bytes;
     bool compatible;
-    int description;  // 0: reads fine
+    int description;  // 0: reads fine; ERR_TYPE_MISMATCH: a number field holds text
   };
   const Case cases[] = {
       {"capital type", Header("SCP", "1", "2") + "ab", true, 0},
@@ -108,11 +108,12 @@ TEST_F(CSetupFileTest, DamagedOrForeignFilesAreRefused) {
       {"cut inside field 13", good.substr(0, good.size() - 1), true, 673},
       {"empty file", "", false, 673},
       {"data length beyond the file", Header("scp", "1", "5000") + "ab", true, 673},
-      {"data length beyond 32 bits", Header("scp", "1", "99999999999999") + "ab", true, 673},
+      {"data length beyond 32 bits", Header("scp", "1", "99999999999999") + "ab", true, ERR_TYPE_MISMATCH},
       {"data length beyond the cap", Header("scp", "1", "2000000000") + "ab", true, 673},
       {"negative data length", Header("scp", "1", "-2") + "ab", true, 673},
-      {"text as data length", Header("scp", "1", "abc") + "ab", true, 673},
-      {"text as header length", "x" + good + "ab", true, 673},
+      {"text as data length", Header("scp", "1", "abc") + "ab", true, ERR_TYPE_MISMATCH},
+      {"text as header length", "x" + good + "ab", true, ERR_TYPE_MISMATCH},
+      {"negative data length, text as header length", "x" + Header("scp", "1", "-2") + "ab", true, 673},
       {"header length off by one", "80" + good.substr(2) + "ab", true, 673},
   };
   for (const auto& c : cases) {
@@ -124,6 +125,8 @@ TEST_F(CSetupFileTest, DamagedOrForeignFilesAreRefused) {
     if (c.description == 0) {
       EXPECT_EQ(error.Number(), 0);
       EXPECT_EQ(file.LearnString(), Bytes({'a', 'b'}));
+    } else if (c.description == ERR_TYPE_MISMATCH) {
+      EXPECT_EQ(error.Number(), ERR_TYPE_MISMATCH);
     } else {
       EXPECT_TRUE(IsCatalogueError(error, ERR_SETUP_FILE, 670, c.description)) << error.Number();
     }

@@ -70,12 +70,28 @@ TEST_F(SetupTest, GetFromInstrumentTakesStateModelAndVersion) {
   EXPECT_EQ(m_setup->Version(), "A.01.02");
   EXPECT_EQ(m_setups->LastInstrumentSetup(), "S1");
 
-  m_setups->SetLastInstrumentSetup("");
-  m_instrument->failReads = true;
-  m_instrument->model = "73136D";
-  EXPECT_EQ(ErrorOf([&] { m_setup->GetFromInstrument(); }).Description(), "device vanished");
-  EXPECT_EQ(m_setup->Model(), "73135D");
-  EXPECT_EQ(m_setups->LastInstrumentSetup(), "");
+  // A failure ends the fetch where it happens: what was read before it stays, nothing after it is read.
+  const struct {
+    const char* failing;
+    bool stateKept, modelKept;
+  } cases[] = {{"ReadStateData", false, false},
+               {"InstrumentModel", true, false},
+               {"InstrumentFirmwareVersion", true, true}};
+  std::uint8_t fetch = 0;
+  for (const auto& c : cases) {
+    const LearnString before = m_setup->LearnString();
+    m_setups->SetLastInstrumentSetup("");
+    m_instrument->failing = c.failing;
+    m_instrument->state = Bytes{0x23, 0x38, ++fetch};
+    m_instrument->model = m_setup->Model() + "X";
+    m_instrument->version = m_setup->Version() + "X";
+    const std::string model = m_setup->Model(), version = m_setup->Version();
+    EXPECT_EQ(ErrorOf([&] { m_setup->GetFromInstrument(); }).Description(), "device vanished") << c.failing;
+    EXPECT_EQ(m_setup->LearnString(), c.stateKept ? m_instrument->state : before) << c.failing;
+    EXPECT_EQ(m_setup->Model(), c.modelKept ? m_instrument->model : model) << c.failing;
+    EXPECT_EQ(m_setup->Version(), version) << c.failing;
+    EXPECT_EQ(m_setups->LastInstrumentSetup(), "") << c.failing;
+  }
 }
 
 TEST_F(SetupTest, SendToInstrumentOnlyWhenCompatible) {

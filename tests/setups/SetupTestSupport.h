@@ -82,7 +82,7 @@ class FakeUtilities : public IUtilities {
   LearnString state = Bytes{0x23, 0x38, 0x01, 0x02};
   std::string model = "73135D";
   std::string version = "A.01.02";
-  bool failReads = false;
+  std::string failing;  // the one call that raises "device vanished"; "" for none
   std::vector<LearnString> written;
 
   std::string Manufacturer() override { return "CORVANE"; }
@@ -92,14 +92,18 @@ class FakeUtilities : public IUtilities {
   void ResetInstrument() override {}
   bool CheckInstrumentID(std::int32_t, std::int32_t, std::int32_t) override { return true; }
   std::shared_ptr<IInstrumentIO> IOChannel() override { throw std::logic_error("no channel"); }
-  LearnString ReadStateData() override {
-    if (failReads) throw ScopeError(ObjectError(1234), "Server", "device vanished");
-    return state;
-  }
+  LearnString ReadStateData() override { return Answer("ReadStateData", state); }
   void WriteStateData(const LearnString& learnString) override { written.push_back(learnString); }
-  std::string InstrumentModel() override { return model; }
-  std::string InstrumentFirmwareVersion() override { return version; }
+  std::string InstrumentModel() override { return Answer("InstrumentModel", model); }
+  std::string InstrumentFirmwareVersion() override { return Answer("InstrumentFirmwareVersion", version); }
   std::string QueryInstrumentError() override { return ""; }
+
+ private:
+  template <class T>
+  T Answer(const char* call, const T& value) const {
+    if (failing == call) throw ScopeError(ObjectError(1234), "Server", "device vanished");
+    return value;
+  }
 };
 
 // A server whose only working part is Utilities.
