@@ -143,7 +143,7 @@ def test_an_invalid_address_raises_scope_error_and_changes_nothing(scope):
     assert str(error) == "-2147221124: QD 73100 Scope Control: Invalid property value."
     assert scope.address == "GPIB0::7::INSTR" and scope.instrument_connected
     copy = pickle.loads(pickle.dumps(error))
-    assert (type(copy), copy.number, copy.description) == (ScopeError, error.number, error.description)
+    assert (type(copy), copy.number, copy.description) == (cvn73100.ScopeValueError, error.number, error.description)
 
 
 def test_errors_of_the_io_library_arrive_unchanged(instrument):
