@@ -9,7 +9,8 @@ import time
 import pytest
 
 import cvn73100
-from cvn73100 import sim
+from cvn73100 import ScopeConnectionError, ScopeValueError, sim
+from conftest import INVALID_PROPERTY_VALUE, OBJECT_ERROR_BASE
 
 LATE_MS = 1000
 
@@ -71,20 +72,22 @@ def test_the_timeout_bounds_a_read_and_holds_for_later_connections(slow_scope):
 
 
 @pytest.mark.parametrize(
-    "action, cls, standard",
+    "action, cls, standard, number",
     [
-        (lambda s: setattr(s, "address", "GPIB9::99::INSTR"), cvn73100.ScopeValueError, ValueError),
-        (lambda s: setattr(s, "timeout", -1), cvn73100.ScopeValueError, ValueError),
-        (lambda s: s.read_properties({"Address": object()}), cvn73100.ScopeTypeError, TypeError),
-        (lambda s: s.setups["Delta"], cvn73100.ScopeKeyError, KeyError),
-        (lambda s: s.setups[5], cvn73100.ScopeIndexError, IndexError),
-        (lambda s: (setattr(s, "address", "GPIB0::5::INSTR"), s.initialize()), cvn73100.ScopeConnectionError, OSError),
+        (lambda s: setattr(s, "address", "GPIB9::99::INSTR"), ScopeValueError, ValueError, INVALID_PROPERTY_VALUE),
+        (lambda s: setattr(s, "timeout", -1), ScopeValueError, ValueError, OBJECT_ERROR_BASE + 1207),
+        (lambda s: s.read_properties({"Address": object()}), cvn73100.ScopeTypeError, TypeError, 13),
+        (lambda s: s.setups["Delta"], cvn73100.ScopeKeyError, KeyError, 5),
+        (lambda s: s.setups[5], cvn73100.ScopeIndexError, IndexError, 9),
+        # The I/O library's error arrives with its own number.
+        (lambda s: (setattr(s, "address", "GPIB0::5::INSTR"), s.initialize()), ScopeConnectionError, OSError,
+         OBJECT_ERROR_BASE + 1102),
     ],
     ids=["address", "timeout", "type", "key", "index", "no listener"],
 )
-def test_errors_are_pythons_own_as_well(instrument, action, cls, standard):
+def test_errors_are_pythons_own_as_well(instrument, action, cls, standard, number):
     with pytest.raises(cls) as info:
         action(cvn73100.Scope())
-    assert type(info.value) is cls and isinstance(info.value, standard)
+    assert type(info.value) is cls and isinstance(info.value, standard) and info.value.number == number
     if cls is cvn73100.ScopeKeyError:
         assert info.value.key == "Delta" and str(info.value).startswith("'Delta': 5: ")
