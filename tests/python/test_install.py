@@ -10,14 +10,7 @@ import pytest
 from cvn73100 import sim
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-SCRIPT = """
-import cvn73100
-scope = cvn73100.Scope()
-scope.address = "GPIB0::7::INSTR"
-scope.initialize()
-times, volts = scope.waveform(1, 100)
-print(cvn73100.__file__, scope.query("*IDN?"), len(volts), sep="\\n")
-"""
+SCRIPT = "import cvn73100; s = cvn73100.Scope(); print(cvn73100.__file__, s.query('*IDN?'), len(s.waveform()[1]), sep='|')"
 
 
 @pytest.mark.skipif("CVN73100_BUILD_DIR" not in os.environ, reason="builds the module: needs a configured build")
@@ -33,5 +26,5 @@ def test_pip_install_gives_a_working_package(tmp_path):
 
     run = subprocess.run([python, "-c", SCRIPT], cwd=tmp_path, env=outside, capture_output=True, text=True, timeout=60)
     assert run.returncode == 0, run.stderr
-    where, identity, points = run.stdout.splitlines()
-    assert where.startswith(str(venv)) and identity == sim.bus_instrument(7).idn and points == "100"
+    where, identity, points = run.stdout.strip().split("|")
+    assert where.startswith(str(venv)) and identity == sim.bus_instrument(7).idn and points == "1000"
