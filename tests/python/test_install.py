@@ -10,7 +10,7 @@ import pytest
 from cvn73100 import sim
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-SCRIPT = "import cvn73100; s = cvn73100.Scope(); print(cvn73100.__file__, s.query('*IDN?'), len(s.waveform()[1]), sep='|')"
+SCRIPT = "import cvn73100; s = cvn73100.Scope(); print(cvn73100.__file__, s.query('*IDN?'), s.waveform()[1].size, sep='|')"
 
 
 @pytest.mark.skipif("CVN73100_BUILD_DIR" not in os.environ, reason="builds the module: needs a configured build")

@@ -38,7 +38,7 @@ def test_another_thread_runs_while_a_reply_is_awaited(slow_scope):
 
 def test_ctrl_c_ends_a_wait_promptly(slow_scope):
     sent = []
-    interrupt = lambda: (time.sleep(0.3), sent.append(time.monotonic()), os.kill(os.getpid(), signal.SIGINT))  # noqa: E731
+    interrupt = lambda: (time.sleep(0.3), sent.append(time.monotonic()), os.kill(os.getpid(), signal.SIGINT))
     threading.Thread(target=interrupt).start()
     with pytest.raises(KeyboardInterrupt):
         slow_scope.query("*IDN?")
