@@ -16,8 +16,12 @@ namespace cvn73100::io {
 //   When it exists it replaces the embedded default: ports it does not name are COMn -> /dev/ttyS(n-1) and
 //   GPIBn -> not mapped. Lines are `KEY = VALUE`; '#' or ';' starts a comment line; [sections] are ignored.
 //   Keys (any case): COM1..COM4, GPIB0..GPIB3, LIBGPIB.
-//     COMn  = /absolute/device/node | sim | none
-//     GPIBn = linux-gpib[:BOARD] | prologix-serial:/absolute/node | prologix-tcp:HOST[:PORT] | sim | none
+//     COMn  = /absolute/device/node | rfc2217:HOST:PORT | tcp:HOST:PORT | sim | none
+//     GPIBn = linux-gpib[:BOARD] | prologix-serial:/absolute/node | prologix-tcp:HOST[:PORT]
+//             | vxi11:HOST[:PORT][/INTERFACE] | sim | none
+//   rfc2217 is a serial device server with the Telnet com-port option (line settings set from here); tcp is a raw
+//   socket to one (settings fixed at the server). vxi11 is a LAN/GPIB gateway: INTERFACE defaults to gpib0, the
+//   core channel's PORT to the one the host's portmapper gives. HOST may be [IPv6].
 //     LIBGPIB = path of the linux-gpib library to load (default libgpib.so.0)
 // - Environment: CVN73100_COM1..4 and CVN73100_GPIB0..3 take a value as above; CVN73100_LIBGPIB a library path.
 // A line or variable that does not parse is skipped and reported in Problems().
@@ -30,25 +34,30 @@ class BoardMap {
   static constexpr int kPrologixTcpPort = 1234;
   static constexpr const char* kDefaultLibGpib = "libgpib.so.0";
 
-  enum class ComKind { None, Node, Simulated };
+  enum class ComKind { None, Node, Simulated, Rfc2217, RawTcp };
   struct ComTarget {
     ComKind kind = ComKind::None;
     std::string node;    // device node for Node
     std::string origin;  // where the entry came from: "default", "file:LINE", "env"
-    bool operator==(const ComTarget& other) const { return kind == other.kind && node == other.node; }
+    std::string host{};  // serial device server for Rfc2217 and RawTcp
+    int port = 0;
+    bool operator==(const ComTarget& other) const {
+      return kind == other.kind && node == other.node && host == other.host && port == other.port;
+    }
   };
 
-  enum class GpibKind { None, LinuxGpib, PrologixSerial, PrologixTcp, Simulated };
+  enum class GpibKind { None, LinuxGpib, PrologixSerial, PrologixTcp, Simulated, Vxi11 };
   struct GpibTarget {
     GpibKind kind = GpibKind::None;
     int board = 0;     // linux-gpib board index (0..15)
     std::string node;  // serial node of a Prologix adapter on USB
-    std::string host;  // TCP host of a Prologix adapter on Ethernet
-    int port = kPrologixTcpPort;
+    std::string host;  // TCP host of a Prologix adapter on Ethernet or of a VXI-11 gateway
+    int port = kPrologixTcpPort;  // for a VXI-11 gateway 0: ask its portmapper
+    std::string interfaceName;    // a VXI-11 gateway's GPIB interface ("gpib0")
     std::string origin;
     bool operator==(const GpibTarget& other) const {
       return kind == other.kind && board == other.board && node == other.node && host == other.host &&
-             port == other.port;
+             port == other.port && interfaceName == other.interfaceName;
     }
   };
 

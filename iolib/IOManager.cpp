@@ -12,6 +12,8 @@
 #include "iolib/SimBusIO.h"
 #include "iolib/SimSerialLine.h"
 #include "iolib/SimulatedBus.h"
+#include "iolib/Vxi11IO.h"
+#include "iolib/Vxi11Link.h"
 #include "simulator/Instrument.h"
 
 namespace cvn73100::io {
@@ -21,6 +23,8 @@ using GpibKind = BoardMap::GpibKind;
 using ComKind = BoardMap::ComKind;
 constexpr std::size_t ComIndex(int port) { return static_cast<std::size_t>(port - BoardMap::kFirstCom); }
 constexpr std::size_t GpibIndex(int board) { return static_cast<std::size_t>(board - BoardMap::kFirstGpib); }
+// How long a VXI-11 gateway may take to be reached and to make a link.
+constexpr std::chrono::milliseconds kVxi11OpenWait{3000};
 
 // Whether a pattern can list anything of the port `portName`.
 bool MayMatchPort(const std::string& pattern, const std::string& portName) {
@@ -104,6 +108,9 @@ void IOManager::ListGpib(int board, std::vector<std::string>& names) {
         // No adapter there: the board is not listed.
       }
       return;
+    case GpibKind::Vxi11:
+      ListVxi11(board, names);
+      return;
     case GpibKind::LinuxGpib: {
       std::shared_ptr<LinuxGpibLibrary> library;
       try {
@@ -152,6 +159,8 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string
       return std::make_shared<SerialIO>(name, SerialLine::OpenNode(target.node));
     case ComKind::Simulated:
       return std::make_shared<SerialIO>(name, std::make_unique<SimSerialLine>(SimulatedSerialInstrument(port)));
+    case ComKind::Rfc2217:
+    case ComKind::RawTcp:
     case ComKind::None:
       break;
   }
@@ -168,10 +177,36 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const
     case GpibKind::PrologixSerial:
     case GpibKind::PrologixTcp:
       return std::make_shared<PrologixIO>(name, Adapter(board, false), address);
+    case GpibKind::Vxi11:
+      return std::make_shared<Vxi11IO>(name, [target, address] {
+        return std::make_unique<Vxi11Link>(target.host, target.port,
+                                           target.interfaceName + "," + std::to_string(address),
+                                           Deadline(kVxi11OpenWait));
+      });
     case GpibKind::None:
       break;
   }
   throw IOError(IOERR_OPEN_FAILED, "GPIB" + std::to_string(board) + " is not mapped to a board");
+}
+
+void IOManager::ListVxi11(int board, std::vector<std::string>& names) const {
+  const auto& target = m_map.Gpib(board);
+  // The gateway says which addresses it can reach: one link per address, made and dropped again at once.
+  try {
+    Vxi11Link(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
+  } catch (const ScopeError&) {
+    return;  // no gateway there, or no such interface
+  }
+  names.push_back(ResourceAddress::GpibInterface(board).Name());
+  for (int address = 0; address <= ResourceAddress::kMaxGpibAddress; ++address) {
+    try {
+      Vxi11Link(target.host, target.port, target.interfaceName + "," + std::to_string(address),
+                Deadline(kVxi11OpenWait));
+      names.push_back(ResourceAddress::GpibInstrument(board, address).Name());
+    } catch (const ScopeError&) {
+      // nothing at this address
+    }
+  }
 }
 
 std::shared_ptr<PrologixConnection> IOManager::Adapter(int board, bool check) {
