@@ -14,7 +14,6 @@
 #include "iolib/SimSerialLine.h"
 #include "iolib/SimulatedBus.h"
 #include "iolib/TcpSerialLine.h"
-#include "iolib/TcpStream.h"
 #include "iolib/Vxi11IO.h"
 #include "iolib/Vxi11Link.h"
 #include "simulator/Instrument.h"
@@ -28,8 +27,6 @@ constexpr std::size_t ComIndex(int port) { return static_cast<std::size_t>(port 
 constexpr std::size_t GpibIndex(int board) { return static_cast<std::size_t>(board - BoardMap::kFirstGpib); }
 // How long a VXI-11 gateway may take to be reached and to make a link.
 constexpr std::chrono::milliseconds kVxi11OpenWait{3000};
-// How long a serial device server may take to accept a connection when ports are listed.
-constexpr std::chrono::milliseconds kServerConnectWait{1000};
 
 // Whether a pattern can list anything of the port `portName`.
 bool MayMatchPort(const std::string& pattern, const std::string& portName) {
@@ -88,15 +85,9 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
 
 void IOManager::ListSerial(int port, std::vector<std::string>& names) const {
   const auto& target = m_map.Com(port);
-  bool present = target.kind == ComKind::Simulated ||
-                 (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
-  if (target.kind == ComKind::Rfc2217 || target.kind == ComKind::RawTcp) {
-    try {
-      TcpStream(target.host, target.port, Deadline(kServerConnectWait));  // a server that takes connections
-      present = true;
-    } catch (const ScopeError&) {
-    }
-  }
+  const bool present = target.kind == ComKind::Simulated || target.kind == ComKind::Rfc2217 ||
+                       target.kind == ComKind::RawTcp ||
+                       (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
   if (present) names.push_back(ResourceAddress::Serial(port).Name());
 }
 

@@ -20,8 +20,8 @@ class SimulatedBus;
 //
 // Listing (FindResources):
 // - COMn lists as "COMn" when its device node exists and opens as a terminal (opened and closed again at once),
-//   when its serial device server accepts a connection (closed again at once), or when it is mapped to the
-//   simulated RS-232 instrument.
+//   or when it is mapped to a serial device server or the simulated RS-232 instrument. A server is not probed:
+//   it would open and close the device for the probe, and servers refuse a new connection while a device closes.
 // - A GPIB board lists "GPIBn::INTFC" when it is there, then "GPIBn::ADDR::INSTR" for each address with a listener:
 //   the simulated bus lists its instruments; linux-gpib lists the board when ibask answers for it and the addresses
 //   FindLstn finds (all but the board's own); a VXI-11 gateway lists the board when it accepts a link to its

@@ -74,17 +74,14 @@ Rfc2217Line::Rfc2217Line(const std::string& host, int port)
   if (!m_comPortAnswered || !m_localOn[COM_PORT])
     throw IOError(IOERR_OPEN_FAILED, m_name + ": the server did not take the com port control option" +
                                          (m_comPortAnswered ? "" : " within 1 s"));
-  try {
-    Command(SET_PARITY, {PARITY_NONE}, Need::Required, "parity");
-    SetBaudRate(9600);
-    SetDataBits(8);
-    SetStopBits(1);
-    SetHandshake(RS232_HandShake_None);
-    SetDTR(true);
-    SetRTS(true);
-  } catch (const ScopeError& error) {
-    throw IOError(IOERR_OPEN_FAILED, error.Description());
-  }
+  SetBaudRate(9600);
+  SetDataBits(8);
+  Command(SET_PARITY, {PARITY_NONE}, Need::Required, "parity");
+  SetStopBits(1);
+  SetHandshake(RS232_HandShake_None);
+  SetDTR(true);
+  SetRTS(true);
+  m_settingFailure = IOERR_IO_FAILURE;
 }
 
 Rfc2217Line::~Rfc2217Line() { Close(); }
@@ -106,7 +103,7 @@ void Rfc2217Line::Command(std::uint8_t command, const std::vector<std::uint8_t>&
   while (!m_answered[command] && !deadline.Expired()) Pump(deadline);
   if (m_answered[command]) return;
   if (need == Need::Required)
-    throw IOError(IOERR_IO_FAILURE, m_name + ": the server did not acknowledge the " + what + " within 1 s");
+    throw IOError(m_settingFailure, m_name + ": the server did not acknowledge the " + what + " within 1 s");
   Unanswered::Add(key);
 }
 

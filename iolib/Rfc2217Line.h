@@ -7,6 +7,7 @@
 
 #include "iolib/SerialLine.h"
 #include "iolib/TcpStream.h"
+#include "platform/InstrumentIO.h"
 
 namespace cvn73100::io {
 
@@ -17,7 +18,7 @@ namespace cvn73100::io {
 //   fails the open (IOERR_OPEN_FAILED).
 // - Flush purges what the server received from the device and drops what arrived here.
 // - Baud rate, data bits, stop bits and parity must be acknowledged within kAckWait, or the call raises
-//   IOERR_IO_FAILURE naming the setting. Not every server answers flow control, DTR/RTS or purge requests (a
+//   IOERR_IO_FAILURE (IOERR_OPEN_FAILED while opening) naming the setting. Not every server answers flow control, DTR/RTS or purge requests (a
 //   server on a port without modem-control lines leaves DTR and RTS unanswered): those are waited for
 //   kOptionalAckWait, and a kind of request a server left unanswered once is not waited for again in this process.
 // - Handshake DTR/DSR asks the server for DSR flow control outbound and DTR flow control inbound, XON/XOFF for
@@ -77,6 +78,7 @@ class Rfc2217Line : public SerialLine {
   int m_modemState = 0;
   bool m_modemLinesSeen = false;
   bool m_suspended = false;
+  IOErrorCode m_settingFailure = IOERR_OPEN_FAILED;  // what an unacknowledged setting raises (while opening)
 };
 
 }  // namespace cvn73100::io
