@@ -42,6 +42,10 @@ void Vxi11IO::DoClear(const Deadline& deadline) {
   if (m_link || TryConnect()) m_link->Clear(deadline);
 }
 
+void Vxi11IO::DoDropInput() {
+  if (m_link) m_link->DropAhead();
+}
+
 void Vxi11IO::AfterReadTimeout(bool) {
   if (m_link) m_link->Clear(CallDeadline());
 }

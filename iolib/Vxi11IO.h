@@ -31,6 +31,7 @@ class Vxi11IO : public MessageIO {
   std::size_t DoRead(std::uint8_t* buffer, std::size_t max, ReadKind kind, const Deadline& deadline,
                      bool& end) override;
   void DoClear(const Deadline& deadline) override;
+  void DoDropInput() override;
   void AfterReadTimeout(bool partial) override;
   void DoClose() noexcept override;
 

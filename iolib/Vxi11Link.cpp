@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 
@@ -24,6 +25,8 @@ constexpr std::chrono::milliseconds kRpcMargin{1000};
 constexpr std::chrono::milliseconds kCloseWait{500};
 // Largest reply asked for in one device_read, and the most a gateway may announce as its write block.
 constexpr std::size_t kMaxBlock = 1u << 20;
+// The RPC library's largest record buffers: fewer system calls per block.
+constexpr unsigned kRpcBuffer = 256u << 10;
 
 // The RPC library writes to its socket with write(): a peer that has gone must cost an error, not the process.
 // SIGPIPE is blocked on this thread for the call and a pending one is taken away afterwards.
@@ -65,7 +68,7 @@ CLIENT* Connect(const std::string& host, int port, rpcprog_t program, rpcvers_t 
   socklen_t length = sizeof peer;
   ::getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &length);
   netbuf address{static_cast<unsigned>(sizeof peer), static_cast<unsigned>(length), &peer};
-  CLIENT* client = clnt_vc_create(fd, &address, program, version, 0, 0);
+  CLIENT* client = clnt_vc_create(fd, &address, program, version, kRpcBuffer, kRpcBuffer);
   if (client == nullptr) {
     ::close(fd);
     throw IOError(IOERR_OPEN_FAILED, host + ":" + std::to_string(port) + ": " + clnt_spcreateerror("RPC"));
@@ -202,6 +205,7 @@ void Vxi11Link::Close() noexcept {
   }
   clnt_destroy(m_client);
   m_client = nullptr;
+  DropAhead();
 }
 
 void Vxi11Link::Check(long code, const char* what) const {
@@ -231,35 +235,46 @@ void Vxi11Link::Write(const std::uint8_t* data, std::size_t size, bool end, cons
 
 std::size_t Vxi11Link::Read(std::uint8_t* buffer, std::size_t max, int termChar, const Deadline& deadline, bool& end) {
   end = false;
-  for (;;) {
+  const bool useTermChar = termChar >= 0 && termChar <= 255;
+  while (m_aheadPos == m_aheadLen) {
+    DropAhead();
     Interrupt::Check();
     // Short slices while someone may ask to stop, so a long read still notices in time.
     const auto slice = Interrupt::Slice(std::chrono::milliseconds(deadline.RemainingMs()));
-    const bool useTermChar = termChar >= 0 && termChar <= 255;
+    // As much as the gateway gives in one call, whatever the caller asked: a block costs few round trips.
     Device_ReadParms params{m_lid,
-                            static_cast<u_long>(std::min(max, kMaxBlock)),
+                            kMaxBlock,
                             Milliseconds(slice),
                             0,
                             useTermChar ? kFlagTermChar : 0,
                             static_cast<char>(useTermChar ? termChar : 0)};
     Device_ReadResp result{};
     Call(m_client, m_name, device_read_1, params, result, slice + kRpcMargin, "device_read");
-    const std::size_t count = result.data.data_len;
-    const long error = result.error;
-    const long reason = result.reason;
-    if (count <= max && count > 0) std::memcpy(buffer, result.data.data_val, count);
-    xdr_free(reinterpret_cast<xdrproc_t>(xdr_Device_ReadResp), reinterpret_cast<char*>(&result));
-    if (count > max) throw IOError(IOERR_IO_FAILURE, m_name + ": device_read returned more than was asked");
-    if (error != kErrNone && error != kErrTimeout) Check(error, "device_read");
-    if (count > 0) {
-      end = error == kErrNone && (reason & kReasonEnd) != 0;
-      return count;
+    m_ahead = result.data.data_val;  // kept until it has been handed out
+    m_aheadLen = result.data.data_len;
+    m_aheadEnd = result.error == kErrNone && (result.reason & kReasonEnd) != 0;
+    if (m_aheadLen > kMaxBlock) {
+      DropAhead();
+      throw IOError(IOERR_IO_FAILURE, m_name + ": device_read returned more than was asked");
     }
-    if (deadline.Expired()) return 0;
+    if (result.error != kErrNone && result.error != kErrTimeout) Check(result.error, "device_read");
+    if (m_aheadLen == 0 && deadline.Expired()) return 0;
   }
+  const std::size_t count = std::min(max, m_aheadLen - m_aheadPos);
+  std::memcpy(buffer, m_ahead + m_aheadPos, count);
+  m_aheadPos += count;
+  end = m_aheadPos == m_aheadLen && m_aheadEnd;
+  return count;
+}
+
+void Vxi11Link::DropAhead() noexcept {
+  std::free(m_ahead);
+  m_ahead = nullptr;
+  m_aheadLen = m_aheadPos = 0;
 }
 
 void Vxi11Link::Clear(const Deadline& deadline) {
+  DropAhead();
   const auto wait = std::chrono::milliseconds(deadline.RemainingMs());
   Device_GenericParms params{m_lid, 0, 0, Milliseconds(wait)};
   Device_Error result{};

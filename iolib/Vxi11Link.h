@@ -35,8 +35,11 @@ class Vxi11Link {
   // Sends all `size` bytes in blocks the gateway accepts; `end` asks for END with the last byte.
   void Write(const std::uint8_t* data, std::size_t size, bool end, const Deadline& deadline);
   // Reads up to `max` bytes, stopping at END, or at `termChar` when it is 0..255; 0 when the deadline passed first.
+  // The gateway is asked for as much as it will give; what the caller did not take yet is kept for the next Read.
   std::size_t Read(std::uint8_t* buffer, std::size_t max, int termChar, const Deadline& deadline, bool& end);
-  // Device clear.
+  // Drops what was read ahead (a new message makes it stale).
+  void DropAhead() noexcept;
+  // Device clear; drops what was read ahead.
   void Clear(const Deadline& deadline);
   // The device's status byte (a serial poll behind a GPIB gateway).
   std::uint8_t ReadStatusByte(const Deadline& deadline);
@@ -58,6 +61,10 @@ class Vxi11Link {
   __rpc_client* m_client = nullptr;
   long m_lid = 0;
   std::size_t m_maxRecvSize = 0;
+  char* m_ahead = nullptr;  // the last device_read's data (malloc'd by the RPC library), handed out from m_aheadPos
+  std::size_t m_aheadLen = 0;
+  std::size_t m_aheadPos = 0;
+  bool m_aheadEnd = false;
 };
 
 }  // namespace cvn73100::io

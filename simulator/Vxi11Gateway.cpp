@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -32,6 +33,8 @@ namespace {
 // VXI-11 error codes and flags the gateway uses.
 constexpr long kOk = 0, kNotAccessible = 3, kInvalidLink = 4, kChannelNotEstablished = 6, kUnsupported = 8,
                kLocked = 11, kNoLock = 12, kTimeout = 15, kInvalidAddress = 21;
+// The RPC library's largest record buffers: fewer system calls per block.
+constexpr unsigned kRpcBuffer = 256u << 10;
 constexpr long kFlagEnd = 0x08, kFlagTermChar = 0x80;
 constexpr long kReasonCount = 0x01, kReasonChar = 0x02, kReasonEnd = 0x04;
 
@@ -65,6 +68,7 @@ Vxi11Gateway::Vxi11Gateway(const std::array<Instrument*, 31>& instruments, std::
   listen_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const int yes = 1;
   setsockopt(listen_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  setsockopt(listen_, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);  // inherited by the connections: replies are awaited
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
@@ -79,7 +83,7 @@ Vxi11Gateway::Vxi11Gateway(const std::array<Instrument*, 31>& instruments, std::
     throw std::system_error(error, std::generic_category(), "127.0.0.1:" + std::to_string(port));
   }
   port_ = ntohs(address.sin_port);
-  transport_ = svc_vc_create(listen_, 0, 0);
+  transport_ = svc_vc_create(listen_, kRpcBuffer, kRpcBuffer);
   if (transport_ == nullptr) {
     close(listen_);
     g_gateway = nullptr;
@@ -159,19 +163,18 @@ long Vxi11Gateway::Write(long lid, const std::uint8_t* data, std::size_t size, b
   return kOk;
 }
 
-long Vxi11Gateway::Read(long lid, std::uint32_t requestSize, std::uint32_t timeoutMs, int termChar, std::string& data,
-                        long& reason) {
+long Vxi11Gateway::Read(long lid, std::size_t requestSize, std::uint32_t timeoutMs, int termChar, char* data,
+                        std::size_t& count, long& reason) {
   long error = kOk;
   Instrument* instrument = InstrumentOf(lid, error);
   if (instrument == nullptr) return error;
   Link& link = links_[lid];
-  requestSize = std::min(requestSize, kMaxBlock);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  count = 0;
   reason = 0;
-  std::vector<std::uint8_t> chunk;
   for (;;) {
     if (!link.pending.empty()) {
-      std::size_t take = std::min<std::size_t>(link.pending.size(), requestSize - data.size());
+      std::size_t take = std::min(link.pending.size(), requestSize - count);
       if (termChar >= 0) {
         const auto at = link.pending.find(static_cast<char>(termChar));
         if (at != std::string::npos && at < take) {
@@ -179,22 +182,35 @@ long Vxi11Gateway::Read(long lid, std::uint32_t requestSize, std::uint32_t timeo
           reason |= kReasonChar;
         }
       }
-      data.append(link.pending, 0, take);
+      link.pending.copy(data + count, take);
       link.pending.erase(0, take);
+      count += take;
       if (link.pending.empty() && link.pendingEnd) reason |= kReasonEnd;
-      if (data.size() == requestSize) reason |= kReasonCount;
-      if (reason != 0) return kOk;
     }
+    if (count == requestSize) reason |= kReasonCount;
+    if (reason != 0) return kOk;
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0 && !data.empty()) return kOk;
-    chunk.resize(std::min<std::size_t>(requestSize - data.size(), 64u << 10));
+    if (left.count() <= 0 && count > 0) return kOk;
+    // Without a termination character the bytes go straight into the reply; with one, through the lookahead.
+    char* into = data + count;
+    std::size_t room = requestSize - count;
+    if (termChar >= 0) {
+      link.pending.resize(std::min<std::size_t>(room, 64u << 10));
+      into = link.pending.data();
+      room = link.pending.size();
+    }
     bool end = false;
-    const std::size_t n =
-        instrument->Read(chunk.data(), chunk.size(), std::max(left, std::chrono::milliseconds(0)), end);
-    if (n == 0) return data.empty() ? kTimeout : kOk;
-    link.pending.assign(reinterpret_cast<const char*>(chunk.data()), n);
-    link.pendingEnd = end;
+    const std::size_t n = instrument->Read(reinterpret_cast<std::uint8_t*>(into), room,
+                                           std::max(left, std::chrono::milliseconds(0)), end);
+    if (termChar >= 0) {
+      link.pending.resize(n);
+      link.pendingEnd = end;
+    } else {
+      count += n;
+      if (end) reason |= kReasonEnd;
+    }
+    if (n == 0) return count == 0 ? kTimeout : kOk;
   }
 }
 
@@ -276,16 +292,14 @@ bool_t device_write_1_svc(Device_WriteParms* params, Device_WriteResp* result, s
 
 bool_t device_read_1_svc(Device_ReadParms* params, Device_ReadResp* result, svc_req*) {
   *result = {};
-  std::string data;
   const int termChar = (params->flags & kFlagTermChar) != 0 ? static_cast<unsigned char>(params->termChar) : -1;
-  result->error = Gateway().Read(params->lid, static_cast<std::uint32_t>(params->requestSize),
-                                 static_cast<std::uint32_t>(params->io_timeout), termChar, data, result->reason);
-  if (!data.empty()) {
-    // Freed by the dispatcher through the XDR routines once the reply is out.
-    result->data.data_val = static_cast<char*>(std::malloc(data.size()));
-    std::memcpy(result->data.data_val, data.data(), data.size());
-    result->data.data_len = static_cast<u_int>(data.size());
-  }
+  const std::size_t size = std::min<std::size_t>(params->requestSize, cvn73100::sim::Vxi11Gateway::kMaxBlock);
+  // Freed by the dispatcher through the XDR routines once the reply is out.
+  result->data.data_val = static_cast<char*>(std::malloc(std::max<std::size_t>(size, 1)));
+  std::size_t count = 0;
+  result->error = Gateway().Read(params->lid, size, static_cast<std::uint32_t>(params->io_timeout), termChar,
+                                 result->data.data_val, count, result->reason);
+  result->data.data_len = static_cast<u_int>(count);
   return TRUE;
 }
 

@@ -43,7 +43,8 @@ class Vxi11Gateway {
   };
   long CreateLink(const std::string& device, long& lid);
   long Write(long lid, const std::uint8_t* data, std::size_t size, bool end);
-  long Read(long lid, std::uint32_t requestSize, std::uint32_t timeoutMs, int termChar, std::string& data,
+  // Reads up to `requestSize` bytes (at most kMaxBlock) into `data`; `count` tells how many.
+  long Read(long lid, std::size_t requestSize, std::uint32_t timeoutMs, int termChar, char* data, std::size_t& count,
             long& reason);
   long ReadStatusByte(long lid, std::uint8_t& stb);
   long Clear(long lid);
