@@ -29,7 +29,7 @@ constexpr std::size_t kMaxBlock = 1u << 20;
 constexpr unsigned kRpcBuffer = 256u << 10;
 
 // The RPC library writes to its socket with write(): a peer that has gone must cost an error, not the process.
-// SIGPIPE is blocked on this thread for the call and a pending one is taken away afterwards.
+// SIGPIPE is blocked on this thread for the call, and one raised by a failed call is taken away before unblocking.
 class SigPipeBlock {
  public:
   SigPipeBlock() {
@@ -37,14 +37,14 @@ class SigPipeBlock {
     sigaddset(&m_pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &m_pipe, &m_old);
   }
-  ~SigPipeBlock() {
+  ~SigPipeBlock() { pthread_sigmask(SIG_SETMASK, &m_old, nullptr); }
+  SigPipeBlock(const SigPipeBlock&) = delete;
+  SigPipeBlock& operator=(const SigPipeBlock&) = delete;
+  void TakePending() {
     const timespec zero{};
     while (sigtimedwait(&m_pipe, nullptr, &zero) > 0) {
     }
-    pthread_sigmask(SIG_SETMASK, &m_old, nullptr);
   }
-  SigPipeBlock(const SigPipeBlock&) = delete;
-  SigPipeBlock& operator=(const SigPipeBlock&) = delete;
 
  private:
   sigset_t m_pipe{};
@@ -83,7 +83,7 @@ void SetWait(CLIENT* client, std::chrono::milliseconds wait) {
 }
 
 // Raises the I/O library's error for an RPC call that did not go through.
-[[noreturn]] void CallFailed(clnt_stat status, const std::string& name, const char* what) {
+[[noreturn]] void RaiseCallError(clnt_stat status, const std::string& name, const char* what) {
   if (status == RPC_TIMEDOUT) throw IOError(IOERR_TIMEOUT, name + ": " + what + ": the gateway did not answer");
   if (status == RPC_CANTSEND || status == RPC_CANTRECV)
     throw IOError(IOERR_DEVICE_VANISHED, name + ": " + what + ": link lost");
@@ -97,7 +97,9 @@ void Call(CLIENT* client, const std::string& name, clnt_stat (*procedure)(Params
   SetWait(client, wait);
   SigPipeBlock block;
   const clnt_stat status = procedure(&params, &result, client);
-  if (status != RPC_SUCCESS) CallFailed(status, name, what);
+  if (status == RPC_SUCCESS) return;
+  block.TakePending();
+  RaiseCallError(status, name, what);
 }
 
 // The TCP port of the core channel, asked of the portmapper at `host`.
@@ -112,6 +114,7 @@ int CorePort(const std::string& host, const Deadline& deadline) {
     status = clnt_call(portmapper, PMAPPROC_GETPORT, reinterpret_cast<xdrproc_t>(xdr_pmap),
                        reinterpret_cast<char*>(&query), reinterpret_cast<xdrproc_t>(xdr_u_long),
                        reinterpret_cast<char*>(&port), ToTimeval(std::chrono::milliseconds(deadline.RemainingMs())));
+    if (status != RPC_SUCCESS) block.TakePending();
   }
   clnt_destroy(portmapper);
   if (status != RPC_SUCCESS) throw IOError(IOERR_OPEN_FAILED, host + ": portmapper: " + clnt_sperrno(status));
