@@ -212,6 +212,16 @@ bool BoardMap::ApplySetting(const std::string& rawKey, const std::string& value,
       m_gpib[board - kFirstGpib] = *target;
       return true;
     }
+  } else if (const auto dot = key.find('.');
+             dot != std::string::npos && PortNumber(key.substr(0, dot), "GPIB", kFirstGpib, kLastGpib) >= 0) {
+    const auto address = Number(key.substr(dot + 1), 0, 30);
+    if (!address) {
+      error = "GPIB address must be 0..30 in \"" + rawKey + "\"";
+    } else if (auto target = ParseStandInValue(value, error)) {
+      target->origin = origin;
+      m_standIns[{PortNumber(key.substr(0, dot), "GPIB", kFirstGpib, kLastGpib), *address}] = *target;
+      return true;
+    }
   } else if (key == "LIBGPIB") {
     if (!value.empty()) {
       m_libGpib = value;
@@ -220,7 +230,7 @@ bool BoardMap::ApplySetting(const std::string& rawKey, const std::string& value,
     }
     error = "expected a library path";
   } else {
-    error = "unknown key \"" + rawKey + "\" (COM1..COM4, GPIB0..GPIB3, LIBGPIB)";
+    error = "unknown key \"" + rawKey + "\" (COM1..COM4, GPIB0..GPIB3, GPIBn.ADDR, LIBGPIB)";
   }
   m_problems.push_back(origin + ": " + error);
   return false;
@@ -298,9 +308,39 @@ std::optional<BoardMap::GpibTarget> BoardMap::ParseGpibValue(const std::string& 
     target.kind = GpibKind::Vxi11;
     return target;
   }
-  error = "\"" + value + "\" is not linux-gpib[:N], prologix-serial:NODE, prologix-tcp:HOST[:PORT], vxi11:HOST[:PORT][/INTERFACE], sim "
-          "or none";
+  error =
+      "\"" + value +
+      "\" is not linux-gpib[:N], prologix-serial:NODE, prologix-tcp:HOST[:PORT], vxi11:HOST[:PORT][/INTERFACE], sim "
+      "or none";
   return std::nullopt;
+}
+
+std::optional<BoardMap::GpibTarget> BoardMap::ParseStandInValue(const std::string& rawValue, std::string& error) {
+  const std::string value = Trim(rawValue);
+  GpibTarget target;
+  if (StartsWithNoCase(value, "socket:")) {
+    if (!ParseHostPort(Trim(value.substr(7)), value, target.host, target.port, true, error)) return std::nullopt;
+    target.kind = GpibKind::Socket;
+    return target;
+  }
+  const auto slash = value.find('/');
+  if (StartsWithNoCase(value, "vxi11:") && slash != std::string::npos) {
+    target.interfaceName = Trim(value.substr(slash + 1));  // the whole device name: "inst0", "gpib0,5"
+    target.port = 0;
+    if (!ParseHostPort(Trim(value.substr(6, slash - 6)), value, target.host, target.port, false, error))
+      return std::nullopt;
+    if (!target.interfaceName.empty()) {
+      target.kind = GpibKind::Vxi11;
+      return target;
+    }
+  }
+  error = "\"" + value + "\" is not vxi11:HOST[:PORT]/DEVICE or socket:HOST:PORT";
+  return std::nullopt;
+}
+
+const BoardMap::GpibTarget* BoardMap::StandIn(int board, int address) const {
+  const auto found = m_standIns.find({board, address});
+  return found == m_standIns.end() ? nullptr : &found->second;
 }
 
 const BoardMap::ComTarget& BoardMap::Com(int port) const {
@@ -343,8 +383,10 @@ std::string BoardMap::DescribeGpib(const GpibTarget& target) {
     case GpibKind::PrologixTcp:
       return "Prologix-style adapter at " + HostPort(target.host, target.port);
     case GpibKind::Vxi11:
-      return "VXI-11 gateway " + (target.port > 0 ? HostPort(target.host, target.port) : target.host) + ", " +
+      return "VXI-11 device " + (target.port > 0 ? HostPort(target.host, target.port) : target.host) + ", " +
              target.interfaceName;
+    case GpibKind::Socket:
+      return "SCPI socket " + HostPort(target.host, target.port);
     case GpibKind::Simulated:
       return "simulated bus";
     case GpibKind::None:
@@ -372,6 +414,8 @@ std::string BoardMap::Describe() const {
     row("COM" + std::to_string(port), DescribeCom(Com(port)), Com(port).origin);
   for (int board = kFirstGpib; board <= kLastGpib; ++board)
     row("GPIB" + std::to_string(board), DescribeGpib(Gpib(board)), Gpib(board).origin);
+  for (const auto& [where, target] : m_standIns)
+    row("GPIB" + std::to_string(where.first) + "." + std::to_string(where.second), DescribeGpib(target), target.origin);
   row("libgpib", m_libGpib, m_libGpibOrigin);
   if (UsingEmbeddedDefault()) out << "The simulated instrument answers on GPIB0 (no hardware configured).\n";
   for (const auto& problem : m_problems) out << "Problem: " << problem << "\n";

@@ -1,5 +1,6 @@
 #include "iolib/IOManager.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <sstream>
 
@@ -13,6 +14,7 @@
 #include "iolib/SimBusIO.h"
 #include "iolib/SimSerialLine.h"
 #include "iolib/SimulatedBus.h"
+#include "iolib/SocketIO.h"
 #include "iolib/TcpSerialLine.h"
 #include "iolib/Vxi11IO.h"
 #include "iolib/Vxi11Link.h"
@@ -76,7 +78,14 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
   for (int port = BoardMap::kFirstCom; port <= BoardMap::kLastCom; ++port)
     if (MayMatchPort(pattern, "COM" + std::to_string(port))) ListSerial(port, candidates);
   for (int board = BoardMap::kFirstGpib; board <= BoardMap::kLastGpib; ++board)
-    if (MayMatchPort(pattern, "GPIB" + std::to_string(board))) ListGpib(board, candidates);
+    if (MayMatchPort(pattern, "GPIB" + std::to_string(board))) {
+      ListGpib(board, candidates);
+      for (const auto& [where, lan] : m_map.StandIns()) {  // listed unprobed, as a network COM port is
+        const std::string name = ResourceAddress::GpibInstrument(board, where.second).Name();
+        if (where.first == board && std::find(candidates.begin(), candidates.end(), name) == candidates.end())
+          candidates.push_back(name);
+      }
+    }
   std::vector<std::string> names;
   for (auto& name : candidates)
     if (ResourceAddress::Matches(pattern, name)) names.push_back(std::move(name));
@@ -95,6 +104,7 @@ void IOManager::ListGpib(int board, std::vector<std::string>& names) {
   const auto& target = m_map.Gpib(board);
   const std::string intfc = ResourceAddress::GpibInterface(board).Name();
   switch (target.kind) {
+    case GpibKind::Socket:
     case GpibKind::None:
       return;
     case GpibKind::Simulated:
@@ -173,6 +183,12 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string
 }
 
 std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const std::string& name) {
+  if (const BoardMap::GpibTarget* lan = m_map.StandIn(board, address)) {
+    if (lan->kind == GpibKind::Socket) return std::make_shared<SocketIO>(name, lan->host, lan->port);
+    return std::make_shared<Vxi11IO>(name, [target = *lan] {
+      return std::make_unique<Vxi11Link>(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
+    });
+  }
   const auto& target = m_map.Gpib(board);
   switch (target.kind) {
     case GpibKind::Simulated:
@@ -184,10 +200,10 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const
       return std::make_shared<PrologixIO>(name, Adapter(board, false), address);
     case GpibKind::Vxi11:
       return std::make_shared<Vxi11IO>(name, [target, address] {
-        return std::make_unique<Vxi11Link>(target.host, target.port,
-                                           target.interfaceName + "," + std::to_string(address),
-                                           Deadline(kVxi11OpenWait));
+        return std::make_unique<Vxi11Link>(
+            target.host, target.port, target.interfaceName + "," + std::to_string(address), Deadline(kVxi11OpenWait));
       });
+    case GpibKind::Socket:
     case GpibKind::None:
       break;
   }

@@ -19,6 +19,7 @@ struct GpibCase {
   const char* node = "";
   const char* host = "";
   int port = 1234;
+  const char* interfaceName = "";
 };
 
 TEST(BoardMapTest, GpibValues) {
@@ -45,6 +46,12 @@ TEST(BoardMapTest, GpibValues) {
       {"prologix-tcp:host:", 0, false},
       {"prologix-tcp:", 0, false},
       {"prologix-tcp:[::1", 0, false},
+      {"vxi11:gw.lab", 0, true, GpibKind::Vxi11, 0, "", "gw.lab", 0, "gpib0"},
+      {"vxi11:10.0.0.9:1024/GPIB1", 0, true, GpibKind::Vxi11, 0, "", "10.0.0.9", 1024, "gpib1"},
+      {"vxi11:[::1]", 0, true, GpibKind::Vxi11, 0, "", "::1", 0, "gpib0"},
+      {"vxi11:gw/", 0, false},
+      {"vxi11:gw/gpib0,5", 0, false},
+      {"vxi11:", 0, false},
       {"gpib-usb:0", 0, false},
       {"", 0, false},
   };
@@ -62,6 +69,7 @@ TEST(BoardMapTest, GpibValues) {
     EXPECT_EQ(target->node, c.node);
     EXPECT_EQ(target->host, c.host);
     EXPECT_EQ(target->port, c.port);
+    EXPECT_EQ(target->interfaceName, c.interfaceName);
   }
 }
 
@@ -71,11 +79,17 @@ TEST(BoardMapTest, ComValues) {
     bool ok;
     ComKind kind = ComKind::None;
     const char* node = "";
+    const char* host = "";
+    int port = 0;
   } cases[] = {
       {"/dev/ttyUSB0", true, ComKind::Node, "/dev/ttyUSB0"},
       {"  /dev/pts/5 ", true, ComKind::Node, "/dev/pts/5"},
       {"Sim", true, ComKind::Simulated, ""},
       {"NONE", true, ComKind::None, ""},
+      {"rfc2217:ts.lab:4001", true, ComKind::Rfc2217, "", "ts.lab", 4001},
+      {"TCP:[::1]:4002", true, ComKind::RawTcp, "", "::1", 4002},
+      {"rfc2217:ts.lab", false},
+      {"tcp:ts.lab:0", false},
       {"ttyUSB0", false},
       {"", false},
   };
@@ -87,6 +101,8 @@ TEST(BoardMapTest, ComValues) {
     if (!c.ok) continue;
     EXPECT_EQ(target->kind, c.kind);
     EXPECT_EQ(target->node, c.node);
+    EXPECT_EQ(target->host, c.host);
+    EXPECT_EQ(target->port, c.port);
   }
 }
 
@@ -174,10 +190,16 @@ TEST(BoardMapTest, LoadFromFileAndEnvironment) {
 }
 
 TEST(BoardMapTest, DescribeNamesEveryPortAndTheSource) {
-  BoardMap map = BoardMap::FromText("COM1 = /dev/ttyUSB0\nGPIB2 = prologix-tcp:[::1]:1300\n", "io.conf");
+  BoardMap map = BoardMap::FromText(
+      "COM1 = /dev/ttyUSB0\nGPIB2 = prologix-tcp:[::1]:1300\nGPIB1.5 = socket:lab:5025\nGPIB1.31 = socket:lab:1\n"
+      "GPIB1.6 = vxi11:lab/inst0\n",
+      "io.conf");
   const std::string text = map.Describe();
+  ASSERT_EQ(map.Problems().size(), 1u);  // address 31
+  EXPECT_EQ(map.StandIn(1, 6)->interfaceName, "inst0");
   for (const char* expected : {"COM1      /dev/ttyUSB0", "[io.conf:1]", "COM4      /dev/ttyS3", "GPIB0     not mapped",
-                               "GPIB2     Prologix-style adapter at [::1]:1300", "[io.conf:2]"})
+                               "GPIB2     Prologix-style adapter at [::1]:1300", "[io.conf:2]",
+                               "GPIB1.5   SCPI socket lab:5025", "GPIB1.6   VXI-11 device lab, inst0"})
     EXPECT_NE(text.find(expected), std::string::npos) << expected << "\n" << text;
   EXPECT_EQ(text.find("simulated instrument answers"), std::string::npos);
   EXPECT_NE(BoardMap::EmbeddedDefault().Describe().find("The simulated instrument answers on GPIB0"),
