@@ -30,11 +30,11 @@ class SimulatedBus;
 //   probes each address with *IDN? anyway). The link to such an adapter, once made, stays open while the manager
 //   lives (and is made again when the adapter vanished).
 // - A LAN instrument standing in for GPIBn.ADDR is listed as that address (not probed), after the board's own.
-// Opening (Open): "COMn" (keywords after "::" are ignored) and "GPIBn::ADDR::INSTR"; a stand-in wins over the board. No
-// GPIB backend checks for a device at open; writing to an empty address tells (IOERR_NO_LISTENER where the bus can
-// tell, at once on a VXI-11 gateway, which refuses the link). Raises IOERR_OPEN_FAILED for a name it does not know, a
-// port that is not mapped, or a device that cannot be opened. A manager serves one thread at a time; the objects it
-// opens may be used on other threads, one thread per object.
+// Opening (Open): "COMn" (keywords after "::" are ignored) and "GPIBn::ADDR::INSTR" (a stand-in wins over the
+// board). No GPIB backend checks for a device at open; writing to an empty address tells (IOERR_NO_LISTENER where
+// the bus can tell, at once on a VXI-11 gateway, which refuses the link).
+// Raises IOERR_OPEN_FAILED for a name it does not know, a port that is not mapped, or a device that cannot be opened.
+// A manager serves one thread at a time; the objects it opens may be used on other threads, one thread per object.
 class IOManager : public IIOManager {
  public:
   // A manager over `map`. Ports mapped to "sim" use the process-wide simulated instruments.
