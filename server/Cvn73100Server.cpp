@@ -82,7 +82,7 @@ std::string PointsArgument(Cvn73100_WaveformPoints points) {
 
 // Selects `source` and fetches its preamble and data in `format`.
 Record FetchRecord(ScpiChannel& channel, const std::string& source, Cvn73100_WaveformPoints points, int format) {
-  channel.Write(":WAVeform:SOURce " + source + ";:WAVeform:FORMat " + (format == FORMAT_WORD ? "WORD" : "BYTE") +
+  channel.Set(":WAVeform:SOURce " + source + ";:WAVeform:FORMat " + (format == FORMAT_WORD ? "WORD" : "BYTE") +
                 ";:WAVeform:POINts " + PointsArgument(points));
   Record record;
   record.preamble = Preamble::Parse(channel.Query(":WAVeform:PREamble?"));
@@ -175,11 +175,13 @@ void Cvn73100Server::SetIOManager(std::shared_ptr<IIOManager> ioManager) {
   m_channel.SetIOManager(std::move(ioManager));
 }
 
+// Autoscale and digitize may take longer than a reply is waited for, so they are not followed by the error
+// query; the next checked command reports what they left in the queue.
 void Cvn73100Server::AutoScale() { m_channel.Write(":AUToscale"); }
 void Cvn73100Server::Digitize() { m_channel.Write(":DIGitize"); }
-void Cvn73100Server::Run() { m_channel.Write(":RUN"); }
-void Cvn73100Server::SingleTrigger() { m_channel.Write(":SINGle"); }
-void Cvn73100Server::StopTrigger() { m_channel.Write(":STOP"); }
+void Cvn73100Server::Run() { m_channel.Set(":RUN"); }
+void Cvn73100Server::SingleTrigger() { m_channel.Set(":SINGle"); }
+void Cvn73100Server::StopTrigger() { m_channel.Set(":STOP"); }
 
 void Cvn73100Server::Output(const Variant& outputBuffer) {
   IInstrumentIO& io = m_channel.ForWriting();

@@ -2,9 +2,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "platform/InstrumentIO.h"
+#include "platform/ScpiMnemonics.h"
 #include "platform/Variant.h"
 
 namespace cvn73100::server {
@@ -41,18 +44,31 @@ class ScpiChannel {
   Bytes ReadBlock(std::size_t cap);
 
   void Write(const std::string& command);
-  // Sends `query` and reads one reply line.
+  // Sends a settings command and the error query in one message; an entry in the instrument's error queue
+  // fails it with SERVERERR_INSTRUMENT naming the instrument's number, text and `command`.
+  void Set(const std::string& command);
+  // Sends `query` and reads one reply line. A query the instrument rejects sends nothing back: when no reply
+  // comes, the error queue is read and its entries reported in place of the bare timeout.
   std::string Query(const std::string& query);
-  // A reply read as a number; raises SERVERERR_BAD_REPLY when it is not one.
+  // A reply read as a number; raises SERVERERR_BAD_REPLY when it is not one. The instrument's "no value"
+  // (9.9E+37 and beyond) reads as NaN.
   double QueryReal(const std::string& query);
-  // A reply read as a whole number (an enumerated setting).
+  // A reply read as a whole number (a count or a ratio).
   std::int32_t QueryInteger(const std::string& query);
+  // A reply read as one of the table's keywords; returns its value.
+  std::int32_t QueryKeyword(const std::string& query, std::span<const ::cvn73100::scpi::Mnemonic> table, const char* what);
+  // A boolean reply: 1/0 or ON/OFF.
+  bool QueryBoolean(const std::string& query);
+  // Reads the instrument's error queue until it reports no error; returns the entries, oldest first.
+  std::vector<std::string> DrainErrors();
   // Sends `query` and reads the definite-length block of its reply (ReadBlock).
   Bytes QueryBlock(const std::string& query, std::size_t cap);
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
 
   static double ParseReal(const std::string& text);
+  // The number of an error queue entry (`-104,"Data type error"`); raises SERVERERR_BAD_REPLY.
+  static std::int32_t ErrorNumber(const std::string& entry);
 
  private:
   // Runs a read; on a serial line, a timeout means the instrument may still answer later.
