@@ -38,6 +38,19 @@ std::string Hex(const Bytes& bytes) {
 
 std::string Absolute(const std::string& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
 
+std::vector<std::string> DrainErrors(Cvn73100Scope& control) {
+  return control.Connection()->EZPtr().Utilities().DrainInstrumentErrors();
+}
+
+// Fails with what the instrument queued after `command`, so a refused command does not pass silently.
+void CheckErrors(Cvn73100Scope& control, const std::string& command) {
+  const std::vector<std::string> errors = DrainErrors(control);
+  if (errors.empty()) return;
+  std::string text;
+  for (const std::string& error : errors) text += (text.empty() ? "" : "; ") + error;
+  throw std::runtime_error("the instrument reported " + text + " after " + command);
+}
+
 }  // namespace
 
 WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, std::int32_t points) {
@@ -98,14 +111,33 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Finish();
   });
 
+  // --- errors ---
+  auto* errors = app.add_subcommand("errors", "Read and print the instrument's error queue until it is empty");
+  errors->callback([&context] {
+    ScopeSession session(context);
+    session.Connect();
+    const std::vector<std::string> entries = DrainErrors(session.Control());
+    if (context.json) {
+      context.out << json{{"errors", entries}}.dump() << "\n";
+    } else {
+      for (const std::string& entry : entries) context.out << entry << "\n";
+      if (entries.empty()) context.out << "0,\"No error\"\n";
+    }
+    session.Finish();
+  });
+
   // --- write ---
   auto command = std::make_shared<std::string>();
+  auto noCheck = std::make_shared<bool>(false);
+  const char* noCheckHelp = "Do not read the instrument's error queue afterwards";
   auto* write = app.add_subcommand("write", "Send a command to the instrument at the control's address");
   write->add_option("COMMAND", *command, "e.g. \":CHANnel1:RANGe 4\"")->required();
-  write->callback([&context, command] {
+  write->add_flag("--no-check", *noCheck, noCheckHelp);
+  write->callback([&context, command, noCheck] {
     ScopeSession session(context);
     session.Connect();
     session.Control().Output(Variant(*command));
+    if (!*noCheck) CheckErrors(session.Control(), *command);
     if (context.json) context.out << json{{"written", *command}}.dump() << "\n";
     session.Finish();
   });
@@ -114,6 +146,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   struct QueryOptions {
     std::string command;
     bool block = false;
+    bool noCheck = false;
     std::string output;
   };
   auto queryOptions = std::make_shared<QueryOptions>();
@@ -122,13 +155,21 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   query->add_flag("--block", queryOptions->block,
                   "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
   query->add_option("-o,--output", queryOptions->output, "With --block: write the bytes to this file");
+  query->add_flag("--no-check", queryOptions->noCheck, noCheckHelp);
   query->callback([&context, queryOptions] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     control.Output(Variant(queryOptions->command));
     Variant reply;
-    control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    try {
+      control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    } catch (const std::exception&) {
+      // A refused query sends nothing; what the instrument queued says why.
+      if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
+      throw;
+    }
+    if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
     if (reply.GetType() == Variant::Type::ByteArray) {
       const Bytes& bytes = reply.AsBytes();
       if (!queryOptions->output.empty()) {

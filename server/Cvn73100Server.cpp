@@ -221,7 +221,13 @@ void Cvn73100Server::WriteBytes(std::int32_t count, Bytes& buffer) {
 
 void Cvn73100Server::GetWaveformData(Cvn73100_AnalogChannels channel, Cvn73100_WaveformPoints points, Variant& time,
                                      Variant& data) {
-  const Record record = FetchRecord(m_channel, scpi::ChannelNode(channel).substr(1), points, FORMAT_WORD);
+  // An instrument refuses the record of a channel that is off without a reply; asking first saves the wait.
+  const std::string node = scpi::ChannelNode(channel);
+  if (!m_channel.QueryBoolean(node + ":DISPlay?")) {
+    throw ServerError(SERVERERR_UNSUPPORTED, "channel " + std::to_string(channel) +
+                                                 " is off; switch it on before reading its waveform");
+  }
+  const Record record = FetchRecord(m_channel, node.substr(1), points, FORMAT_WORD);
   const auto n = static_cast<std::size_t>(record.preamble.points);
   Variant::Doubles seconds(n);
   Variant::Doubles volts(n);
@@ -265,7 +271,13 @@ Picture Cvn73100Server::GetScreenImage(Cvn73100_ImageFormat format) {
   const std::string keyword = ImageHeader::Keyword(format);
   Picture picture;
   picture.format = format;
-  picture.data = m_channel.QueryBlock(":DISPlay:DATA? " + keyword, BlockReader::IMAGE_CAP);
+  try {
+    picture.data = m_channel.QueryBlock(":DISPlay:DATA? " + keyword, BlockReader::IMAGE_CAP);
+  } catch (const ScopeError& error) {
+    if (ServerErrorCondition(error) != SERVERERR_INSTRUMENT) throw;
+    throw ServerError(SERVERERR_UNSUPPORTED, std::string("the instrument does not send ") + keyword +
+                                                 " screen images: " + error.Description());
+  }
   const ImageHeader header = ImageHeader::Read(format, picture.data);
   picture.mimeType = header.mimeType;
   picture.width = header.width;

@@ -178,11 +178,11 @@ Bytes ScpiChannel::ReadBlock(std::size_t cap) {
 
 void ScpiChannel::Write(const std::string& command) { ForWriting().Output(command); }
 
-std::string ScpiChannel::Query(const std::string& query) {
+template <class Read>
+auto ScpiChannel::Asking(const std::string& query, Read&& read) {
   ForWriting().Output(query);
-  std::string reply;
   try {
-    Enter(reply, "K");
+    return read();
   } catch (const ScopeError& error) {
     if (!IsTimeout(error)) throw;
     const std::vector<std::string> entries = DrainErrors();
@@ -190,7 +190,14 @@ std::string ScpiChannel::Query(const std::string& query) {
     throw ServerError(SERVERERR_INSTRUMENT, Joined(entries) + " after " + query + "; no reply within " +
                                                 std::to_string(IO().Timeout()) + " ms");
   }
-  return reply;
+}
+
+std::string ScpiChannel::Query(const std::string& query) {
+  return Asking(query, [&] {
+    std::string reply;
+    Enter(reply, "K");
+    return reply;
+  });
 }
 
 void ScpiChannel::Set(const std::string& command) {
@@ -275,8 +282,7 @@ bool ScpiChannel::QueryBoolean(const std::string& query) {
 }
 
 Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap) {
-  ForWriting().Output(query);
-  return ReadBlock(cap);
+  return Asking(query, [&] { return ReadBlock(cap); });
 }
 
 void ScpiChannel::WriteBlock(const std::string& header, const Bytes& data) {

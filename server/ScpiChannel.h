@@ -61,7 +61,8 @@ class ScpiChannel {
   bool QueryBoolean(const std::string& query);
   // Reads the instrument's error queue until it reports no error; returns the entries, oldest first.
   std::vector<std::string> DrainErrors();
-  // Sends `query` and reads the definite-length block of its reply (ReadBlock).
+  // Sends `query` and reads the definite-length block of its reply (ReadBlock); a refused query is reported
+  // as Query reports it.
   Bytes QueryBlock(const std::string& query, std::size_t cap);
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
@@ -74,6 +75,9 @@ class ScpiChannel {
   // Runs a read; on a serial line, a timeout means the instrument may still answer later.
   template <class Read>
   auto Reading(Read&& read);
+  // Sends `query` and runs `read`; a reply that does not come is explained by the instrument's error queue.
+  template <class Read>
+  auto Asking(const std::string& query, Read&& read);
   // Asks "*OPC?" twice in one message and discards every line before the joint answer: the instrument gives it
   // only after whatever it still owes. Lines that follow the answer at once (an earlier synchronisation's late
   // answer came first) are read until the line is quiet.
