@@ -266,7 +266,15 @@ void BindSubObjects(py::module_& m, ScopeClass& scope) {
       .def(
           "query_instrument_error",
           [](const Utilities& u) { return Text(u.scope->Utilities().QueryInstrumentError()); },
-          "The instrument's oldest queued error as \"<code>,<text>\"; \"\" when there is none.");
+          "The instrument's oldest queued error as \"<code>,<text>\"; \"\" when there is none.")
+      .def(
+          "drain_instrument_errors",
+          [](const Utilities& u) {
+            py::list errors;
+            for (const std::string& entry : u.scope->Utilities().DrainInstrumentErrors()) errors.append(Text(entry));
+            return errors;
+          },
+          "Every queued error, oldest first, as \"<code>,<text>\" strings; the queue is empty afterwards.");
 
   scope
       .def_property_readonly(
