@@ -246,6 +246,19 @@ std::int32_t ScpiChannel::ErrorNumber(const std::string& entry) {
   return number;
 }
 
+bool ScpiChannel::UsesSoftwareFlowControl() const {
+  ISerialIO* serial = IO().Serial();
+  return serial != nullptr && serial->Handshake() == RS232_HandShake_XON_XOFF;
+}
+
+void ScpiChannel::RequireBinarySafeLine(const char* what) const {
+  if (!UsesSoftwareFlowControl()) return;
+  throw ServerError(SERVERERR_UNSUPPORTED,
+                    std::string(what) + " are binary and XON/XOFF flow control on " + m_address +
+                        " would take their bytes 0x11 and 0x13 for flow control; use hardware handshake: "
+                        "Handshake=DTR_DSR in the address, or `cvnscope config serial`");
+}
+
 double ScpiChannel::ParseReal(const std::string& text) {
   const std::string trimmed = Trim(text);
   // from_chars does not take a leading '+', which SCPI numbers may carry.

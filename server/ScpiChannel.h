@@ -67,6 +67,11 @@ class ScpiChannel {
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
 
+  // True on a serial line with XON/XOFF flow control, where the bytes 0x11 and 0x13 of binary data are lost.
+  bool UsesSoftwareFlowControl() const;
+  // Raises SERVERERR_UNSUPPORTED, naming the cause and the remedy, when binary `what` cannot cross the line.
+  void RequireBinarySafeLine(const char* what) const;
+
   static double ParseReal(const std::string& text);
   // The number of an error queue entry (`-104,"Data type error"`); raises SERVERERR_BAD_REPLY.
   static std::int32_t ErrorNumber(const std::string& entry);
