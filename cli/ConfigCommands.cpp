@@ -1,4 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -13,6 +20,7 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "ioconfig/IOConfigurationConstants.h"
 #include "platform/Os.h"
+#include "platform/ScopeError.h"
 
 namespace cvn73100 {
 namespace {
@@ -116,6 +124,32 @@ std::string AddressRanges(const CIOconfiguration& configuration, std::int32_t bo
     a = end + 1;
   }
   return text.empty() ? "none" : text;
+}
+
+// The last `lines` lines of the log at `path`: nullopt when there is none. Only a regular file is read, never
+// through a link, and at most its last mebibyte, so that a planted FIFO or a huge file cannot stall the command.
+std::optional<std::string> LogTail(const std::string& path, std::size_t lines) {
+  constexpr off_t MAX_READ = 1 << 20;
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throw ScopeError(75, "cvnscope", "Path/File access error: " + path + ": " + std::strerror(errno));
+  }
+  struct stat st {};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    ::close(fd);
+    throw ScopeError(75, "cvnscope", "Path/File access error: " + path + ": not a regular file");
+  }
+  const off_t start = std::max<off_t>(0, st.st_size - MAX_READ);
+  std::string text(static_cast<std::size_t>(st.st_size - start), '\0');
+  const ssize_t got = ::pread(fd, text.data(), text.size(), start);
+  ::close(fd);
+  text.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+  std::size_t begin = text.size();
+  for (std::size_t seen = 0; begin > 0; --begin) {
+    if (text[begin - 1] == '\n' && begin != text.size() && ++seen == lines) break;
+  }
+  return text.substr(begin);
 }
 
 std::string LogPath() {
@@ -341,6 +375,7 @@ void RegisterLog(CLI::App& app, CliContext& context) {
   struct Options {
     std::int32_t mode = 0;
     bool show = false;
+    std::size_t lines = 40;
   };
   auto o = std::make_shared<Options>();
   auto* log = app.add_subcommand(
@@ -349,20 +384,12 @@ void RegisterLog(CLI::App& app, CliContext& context) {
       "Mode bits: 1 message box (printed), 2 log file, 4 event (printed on stderr), 8 assert.\n"
       "Every cvnscope command starts a fresh log; --show prints the previous command's");
   auto* mode = log->add_option("--mode", o->mode, "New support-message mode, 0..15")->check(CLI::Range(0, 15));
-  log->add_flag("--show", o->show, "Print the log the previous command left");
+  log->add_flag("--show", o->show, "Print the end of the log the previous command left");
+  log->add_option("--lines", o->lines, "With --show: how many of its last lines (default 40)")->check(CLI::PositiveNumber);
   log->callback([&context, o, mode] {
     // Read before the control starts its own, fresh log over it.
-    std::string previous;
-    bool found = false;
-    if (o->show) {
-      std::ifstream in(Os::Current().TempPath() + CDebug::LOG_FILE_NAME, std::ios::binary);
-      if (in) {
-        std::ostringstream text;
-        text << in.rdbuf();
-        previous = text.str();
-        found = true;
-      }
-    }
+    std::optional<std::string> previous;
+    if (o->show) previous = LogTail(Os::Current().TempPath() + CDebug::LOG_FILE_NAME, o->lines);
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     if (mode->count()) control.SetSupportMessageMode(o->mode);
@@ -371,7 +398,7 @@ void RegisterLog(CLI::App& app, CliContext& context) {
     if (context.json) {
       json result = ModeJson(current);
       result["changed"] = written;
-      if (o->show) result["previousLog"] = found ? json(previous) : json(nullptr);
+      if (o->show) result["previousLog"] = previous ? json(*previous) : json(nullptr);
       context.out << result.dump() << "\n";
       return;
     }
@@ -387,10 +414,10 @@ void RegisterLog(CLI::App& app, CliContext& context) {
                 << "Log file: " << LogPath() << ((current & CDebug::MODE_LOG) != 0 ? "" : " (not written in this mode)")
                 << "\n";
     if (o->show) {
-      if (!found)
+      if (!previous)
         context.out << "(no log file)\n";
       else
-        context.out << "--- previous log ---\n" << ConsoleHost::ToTerminal(previous);
+        context.out << "--- previous log ---\n" << ConsoleHost::ToTerminal(*previous);
     }
   });
 }

@@ -17,11 +17,18 @@ constexpr long OVERWRITE_PROMPT = 0x2;
 ConsoleHost::ConsoleHost(std::ostream& out, std::ostream& err) : m_out(out), m_err(err) {}
 
 std::string ConsoleHost::ToTerminal(const std::string& text) {
+  static constexpr char HEX[] = "0123456789ABCDEF";
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
-    out += text[i];
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    // An instrument or a file can carry escape sequences that would drive the terminal.
+    if ((c < 0x20 && c != '\n' && c != '\t') || c == 0x7F) {
+      out += {'\\', 'x', HEX[c >> 4], HEX[c & 0xF]};
+      continue;
+    }
+    out += static_cast<char>(c);
   }
   return out;
 }

@@ -56,7 +56,7 @@ class ConsoleHost : public Host {
   int Cancelled() const { return m_cancelled; }
   void ClearRecord();
 
-  // Message texts use CR LF between lines; a terminal wants LF.
+  // Message texts use CR LF between lines; a terminal wants LF. Other control characters are shown as \xNN.
   static std::string ToTerminal(const std::string& text);
   // The answer to a yes/no question: --yes, the user at a terminal, or Cancel.
   bool Ask(const std::string& question);

@@ -10,6 +10,7 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Components.h"
 #include "platform/Host.h"
+#include "platform/ScopeError.h"
 #include "setups/SetupsCvn73100Scope.h"
 
 #ifndef CVN73100_VERSION
@@ -43,8 +44,10 @@ Cvn73100Scope::Cvn73100Scope() {
 
   m_debug = std::make_shared<CDebug>();
   CDebug::SetInstance(m_debug);
-  m_debug->SetMode(CDebug::MODE_LOG);
-  m_debug->Trace("UserControl_Initialize", CLASS_NAME, "", "");
+  WithoutFatalLog([this] {
+    m_debug->SetMode(CDebug::MODE_LOG);
+    m_debug->Trace("UserControl_Initialize", CLASS_NAME, "", "");
+  });
 
   m_ccvn73100ez = std::make_shared<CCvn73100EZ>();
   m_cioconfiguration = std::make_shared<CIOconfiguration>();
@@ -284,7 +287,18 @@ void Cvn73100Scope::ReadProperties(const PropertyBag& bag) {
     m_setups->SetCCvn73100EZPtr(m_ccvn73100ez);
   }
   m_setups->ReadProperties(bag);
-  m_debug->ReadProperties(bag);
+  WithoutFatalLog([this, &bag] { m_debug->ReadProperties(bag); });
+}
+
+void Cvn73100Scope::WithoutFatalLog(const std::function<void()>& start) {
+  try {
+    start();
+  } catch (const ScopeError& e) {
+    m_debug->SwitchLogOff();
+    if (!std::exchange(m_bLogWarningGiven, true)) {
+      Host::Current().Warning("support log switched off: " + e.Description());
+    }
+  }
 }
 
 void Cvn73100Scope::WriteProperties(PropertyBag& bag) const {

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -194,10 +195,14 @@ class Cvn73100Scope : public IIOManagerSource, public IPPCvn73100Scope {
   void ShowPages(const std::vector<std::string>& pages, int initialPage);
   void OnInstrumentID(const std::string& id);
   void ConnectEvents();
+  // Runs `start`, which may switch the support log on; a log file that cannot be opened switches the log
+  // off with one warning instead of failing the control.
+  void WithoutFatalLog(const std::function<void()>& start);
   std::vector<std::string> AllPages() const;
 
   std::string m_strHelpFile;
   std::shared_ptr<CDebug> m_debug;
+  bool m_bLogWarningGiven = false;
   std::shared_ptr<CCvn73100EZ> m_ccvn73100ez;
   std::shared_ptr<CIOconfiguration> m_cioconfiguration;
   std::shared_ptr<SetupsCvn73100Scope> m_setups;

@@ -33,6 +33,8 @@ class CDebug {
   // Sets the switches from the bits; switching the log on starts a fresh log file.
   void SetMode(std::int32_t mode);
   std::int32_t CalculateMode() const;
+  // Switches the log off without a change event, for a log file that cannot be opened.
+  void SwitchLogOff() { m_bLogEnabled = false; }
 
   void ReadProperties(const PropertyBag& bag);
   void WriteProperties(PropertyBag& bag) const;

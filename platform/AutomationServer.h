@@ -104,7 +104,8 @@ class IUtilities {
   virtual std::string FirmwareVersion() = 0;
   virtual void ResetInstrument() = 0;
   // True when the connected instrument is one of the supported models (the arguments are reserved, pass 0).
-  virtual bool CheckInstrumentID(std::int32_t reserved1 = 0, std::int32_t reserved2 = 0, std::int32_t reserved3 = 0) = 0;
+  virtual bool CheckInstrumentID(std::int32_t reserved1 = 0, std::int32_t reserved2 = 0,
+                                 std::int32_t reserved3 = 0) = 0;
   // The raw I/O channel the server uses; raises when there is none.
   virtual std::shared_ptr<IInstrumentIO> IOChannel() = 0;
   virtual LearnString ReadStateData() = 0;
@@ -129,6 +130,9 @@ class IAutomationServer {
   // The I/O library's manager the server opens its connections through. The owner may hand it over
   // after creating the server; an open connection keeps the channel it has.
   virtual void SetIOManager(std::shared_ptr<IIOManager> ioManager) { (void)ioManager; }
+  // The reply time limit of each read in milliseconds; it holds for the open connection and for later ones.
+  virtual std::int32_t Timeout() const = 0;
+  virtual void SetTimeout(std::int32_t milliseconds) = 0;
 
   virtual IAcquisition& Acquisition() = 0;
   virtual IAnalogChannels& AnalogChannels() = 0;

@@ -1,5 +1,7 @@
 #include "platform/Host.h"
 
+#include <iostream>
+
 namespace cvn73100 {
 namespace {
 Host* g_host = nullptr;
@@ -23,6 +25,8 @@ void Host::ShowAboutBox(const std::string& title, const std::vector<std::string>
   for (const auto& line : lines) text += (text.empty() ? "" : "\r\n") + line;
   MsgBox(0, text, MsgBoxStyle::OKOnly | MsgBoxStyle::Information, title);
 }
+
+void Host::Warning(const std::string& text) { std::cerr << "warning: " << text << "\n"; }
 
 std::optional<FileDialogResult> Host::GetOpenFileName(const FileDialogRequest&) { return std::nullopt; }
 std::optional<FileDialogResult> Host::GetSaveFileName(const FileDialogRequest&) { return std::nullopt; }

@@ -86,6 +86,9 @@ class Host {
   virtual std::optional<FileDialogResult> GetSaveFileName(const FileDialogRequest& request);
   virtual void SetClipboardText(const std::string& text) { (void)text; }
   virtual std::string ClipboardText() { return {}; }
+  // A notice that needs no answer, such as a help that had to be switched off. The default writes a line
+  // to standard error.
+  virtual void Warning(const std::string& text);
   // Lets a user interface repaint during long work on its thread.
   virtual void ProcessEvents() {}
 

@@ -1,6 +1,7 @@
 #include "platform/Os.h"
 
 #include <iconv.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -8,14 +9,17 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 #include "platform/Interrupt.h"
+#include "platform/ScopeError.h"
 
 namespace cvn73100 {
 namespace {
 
 Os* g_current = nullptr;
+constexpr std::int32_t PATH_FILE_ACCESS_ERROR = 75;
 
 constexpr std::int64_t NS_PER_MS = 1'000'000;
 constexpr std::int64_t NS_PER_S = 1'000'000'000;
@@ -62,11 +66,38 @@ void RealOs::SleepUntilTick(std::int32_t tick) {
   }
 }
 
-std::string RealOs::TempPath() {
-  std::string dir = "/tmp";
-  if (const char* env = std::getenv("TMPDIR"); env && *env) dir = env;
-  if (dir.back() != '/') dir += '/';
+namespace {
+
+// A folder that only this user can enter: a real directory (not a link), owned by the user, with no
+// rights for group or others. Shared temporary folders hold other users' files and links.
+bool IsPrivateFolder(const std::string& path) {
+  struct stat st {};
+  return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::geteuid() &&
+         (st.st_mode & 077) == 0;
+}
+
+std::string WithSlash(std::string dir) {
+  if (dir.empty() || dir.back() != '/') dir += '/';
   return dir;
+}
+
+}  // namespace
+
+std::string RealOs::TempPath() {
+  if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && *runtime && IsPrivateFolder(runtime)) {
+    return WithSlash(runtime);
+  }
+  std::string shared = "/tmp";
+  if (const char* env = std::getenv("TMPDIR"); env && *env) shared = env;
+  const std::string own = WithSlash(shared) + "cvn73100-" + std::to_string(::geteuid());
+  if (::mkdir(own.c_str(), 0700) != 0 && errno != EEXIST) {
+    throw ScopeError(PATH_FILE_ACCESS_ERROR, "Os", "Path/File access error: " + own + ": " + std::strerror(errno));
+  }
+  if (!IsPrivateFolder(own)) {
+    throw ScopeError(PATH_FILE_ACCESS_ERROR, "Os",
+                     "Path/File access error: " + own + ": not a folder of this user's own with mode 0700");
+  }
+  return own + "/";
 }
 
 bool RealOs::CodePageIsDoubleByte(int codePage) {

@@ -15,7 +15,7 @@ class Os {
   // Blocks the calling thread until the tick counter reads `tick`, asleep for all but the last fraction of a
   // millisecond; returns at once when it already has (ticks compared across the wrap, as signed 32-bit differences).
   virtual void SleepUntilTick(std::int32_t tick) = 0;
-  // The temporary directory, ending in '/'.
+  // The user's own temporary directory, ending in '/'.
   virtual std::string TempPath() = 0;
   // Whether the code page's characters take more than one byte (932, 949, 950 for the Asian languages).
   virtual bool CodePageIsDoubleByte(int codePage) = 0;
@@ -27,7 +27,8 @@ class Os {
   static void SetCurrent(Os* os);
 };
 
-// The real services: a monotonic clock, TMPDIR or /tmp, iconv's code-page tables.
+// The real services: a monotonic clock, a private folder ($XDG_RUNTIME_DIR, else one under TMPDIR or /tmp),
+// iconv's code-page tables.
 class RealOs : public Os {
  public:
   std::int32_t GetTickCount() override;

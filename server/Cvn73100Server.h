@@ -25,6 +25,9 @@ class Cvn73100Server : public IAutomationServer {
   // The address the connection was opened on; "" when closed.
   std::string ConnectionName() override;
   void SetIOManager(std::shared_ptr<IIOManager> ioManager) override;
+  std::int32_t Timeout() const override { return m_channel.Timeout(); }
+  // Raises SERVERERR_BAD_ARGUMENT for a negative time.
+  void SetTimeout(std::int32_t milliseconds) override { m_channel.SetTimeout(milliseconds); }
 
   IAcquisition& Acquisition() override { return *m_acquisition; }
   IAnalogChannels& AnalogChannels() override { return *m_analogChannels; }

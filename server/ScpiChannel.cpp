@@ -62,7 +62,7 @@ void ScpiChannel::Open(const std::string& address) {
       serial->SetDTRState(true);
       serial->SetRTSState(true);
     }
-    io->SetTimeout(DEFAULT_TIMEOUT_MS);
+    io->SetTimeout(m_timeoutMs);
   } catch (...) {
     try {
       io->Port().Close();
@@ -81,6 +81,12 @@ void ScpiChannel::Close() {
   m_address.clear();
   m_replyOwed = false;
   if (io) io->Port().Close();
+}
+
+void ScpiChannel::SetTimeout(std::int32_t milliseconds) {
+  if (milliseconds < 0) throw ServerError(SERVERERR_BAD_ARGUMENT, "timeout " + std::to_string(milliseconds) + " ms");
+  if (m_io) m_io->SetTimeout(milliseconds);
+  m_timeoutMs = milliseconds;
 }
 
 std::shared_ptr<IInstrumentIO> ScpiChannel::Shared() const {

@@ -16,10 +16,14 @@ namespace cvn73100::server {
 // line settings of the address, and speaks SCPI over it (commands, queries, numbers, blocks).
 class ScpiChannel {
  public:
-  // Reply time limit set on every channel the server opens, in milliseconds.
+  // Reply time limit of a new channel object, in milliseconds.
   static constexpr std::int32_t DEFAULT_TIMEOUT_MS = 5000;
 
   void SetIOManager(std::shared_ptr<IIOManager> ioManager) { m_ioManager = std::move(ioManager); }
+  // The reply time limit set on every channel opened, and on the open one when it changes.
+  std::int32_t Timeout() const { return m_timeoutMs; }
+  // Raises SERVERERR_BAD_ARGUMENT for a negative time.
+  void SetTimeout(std::int32_t milliseconds);
 
   // Closes any open channel, then opens `address` (see ServerAddress). Raises SERVERERR_BAD_ADDRESS,
   // SERVERERR_NOT_CONNECTED when there is no I/O manager, or the I/O library's error.
@@ -92,6 +96,7 @@ class ScpiChannel {
   std::shared_ptr<IInstrumentIO> m_io;
   std::string m_address;
   bool m_replyOwed = false;
+  std::int32_t m_timeoutMs = DEFAULT_TIMEOUT_MS;
 };
 
 }  // namespace cvn73100::server

@@ -12,10 +12,23 @@ hardware: with no I/O configuration, GPIB0 is a simulated bus with a supported i
     print(scope.query("*IDN?"))
     times, volts = scope.waveform(1, 1000)
 
-Every failure raises ``ScopeError`` with the control's number, source and description.
+Every failure raises ``ScopeError`` with the control's number, source and description; where one of Python's
+own errors says the same, a subclass is that one too (``ScopeTimeoutError`` is a ``TimeoutError``,
+``ScopeValueError`` a ``ValueError``, ...). Waits release the GIL and end on Ctrl-C.
 """
 
-from ._types import InstrumentRow, ScopeError, ScopeIndexError, ScopeKeyError, ScreenImage
+from ._types import (
+    InstrumentRow,
+    ScopeConnectionError,
+    ScopeError,
+    ScopeIndexError,
+    ScopeIOError,
+    ScopeKeyError,
+    ScopeTimeoutError,
+    ScopeTypeError,
+    ScopeValueError,
+    ScreenImage,
+)
 from ._native import (
     DEFAULT_ADDRESS,
     GPIB_ADDRESSES,
@@ -91,9 +104,14 @@ __all__ = [
     "OnOffState",
     "ProbeCoupling",
     "Scope",
+    "ScopeConnectionError",
     "ScopeError",
     "ScopeIndexError",
+    "ScopeIOError",
     "ScopeKeyError",
+    "ScopeTimeoutError",
+    "ScopeTypeError",
+    "ScopeValueError",
     "ScreenImage",
     "Setup",
     "Setups",

@@ -39,7 +39,27 @@ class ScopeIndexError(ScopeError, IndexError):
     """A position outside a collection or a port table (error 9, "Subscript out of range")."""
 
 class ScopeKeyError(ScopeError, KeyError):
-    """A setup name that is not in the collection (error 5)."""
+    """A setup name that is not in the collection (error 5); ``key`` is the name asked for."""
+
+    key: str | None
+    def __init__(
+        self, number: int, source: str, description: str, help_file: str = ..., key: str | None = None
+    ) -> None: ...
+
+class ScopeValueError(ScopeError, ValueError):
+    """A value the control or the instrument refuses: an invalid property value, address or argument."""
+
+class ScopeTypeError(ScopeError, TypeError):
+    """A value of the wrong kind (error 13, "Type mismatch")."""
+
+class ScopeTimeoutError(ScopeError, TimeoutError):
+    """No complete reply within the control's ``timeout``."""
+
+class ScopeConnectionError(ScopeError, ConnectionError):
+    """No instrument at the address, a connection that went away, or none open."""
+
+class ScopeIOError(ScopeError, OSError):
+    """A port that cannot be opened (no such device, no permission, busy) or a line or file that failed."""
 
 # --- Records ---
 
@@ -409,6 +429,8 @@ class Scope:
     reset_on_initialize: bool
     check_id_on_initialize: bool
     tx_delay: int
+    timeout: int
+    """How long a read waits for a reply, in milliseconds; running out raises ScopeTimeoutError."""
     @property
     def connection_name(self) -> str: ...
     def __enter__(self) -> Scope: ...

@@ -19,6 +19,7 @@ class ScopeError(Exception):
         self.source = source
         self.description = description
         self.help_file = help_file
+        self._os_error_fields()
 
     def __str__(self):
         # Catalogue texts separate their lines with CR LF; a traceback wants plain line ends.
@@ -29,12 +30,53 @@ class ScopeError(Exception):
         return (type(self), (self.number, self.source, self.description, self.help_file))
 
 
+    def _os_error_fields(self):
+        # OSError reads its arguments as (errno, strerror, filename) and keeps two of them; ours are not those.
+        if isinstance(self, OSError):
+            self.args = (self.number, self.source, self.description, self.help_file)
+            self.errno, self.strerror, self.filename = None, self.description, None
+
+
+# The subclasses below are also the standard exception a caller of an instrument library expects; the control
+# picks one by the error number.
+
+
 class ScopeIndexError(ScopeError, IndexError):
     """A position outside a collection or a port table (error 9, "Subscript out of range")."""
 
 
 class ScopeKeyError(ScopeError, KeyError):
-    """A setup name that is not in the collection (error 5)."""
+    """A setup name that is not in the collection (error 5); ``key`` is the name asked for."""
+
+    def __init__(self, number, source, description, help_file=HELP_FILE, key=None):
+        super().__init__(number, source, description, help_file)
+        self.key = key
+
+    def __str__(self):
+        return f"{self.key!r}: {super().__str__()}"
+
+    def __reduce__(self):
+        return (type(self), (self.number, self.source, self.description, self.help_file, self.key))
+
+
+class ScopeValueError(ScopeError, ValueError):
+    """A value the control or the instrument refuses: an invalid property value, address or argument."""
+
+
+class ScopeTypeError(ScopeError, TypeError):
+    """A value of the wrong kind (error 13, "Type mismatch")."""
+
+
+class ScopeTimeoutError(ScopeError, TimeoutError):
+    """No complete reply within the control's ``timeout``."""
+
+
+class ScopeConnectionError(ScopeError, ConnectionError):
+    """No instrument at the address, a connection that went away, or none open."""
+
+
+class ScopeIOError(ScopeError, OSError):
+    """A port that cannot be opened (no such device, no permission, busy) or a line or file that failed."""
 
 
 class InstrumentRow(NamedTuple):

@@ -6,6 +6,7 @@
 
 #include "control/Cvn73100Scope.h"
 #include "ioconfig/CIOconfiguration.h"
+#include "python/src/Released.h"
 #include "setups/SetupCvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
 
@@ -39,7 +40,7 @@ struct IOConfigurationRef {
   std::shared_ptr<CIOconfiguration> configuration;
   ScopePtr owner;
   void Changed() const {
-    if (owner) owner->IOConfigurationChanged();
+    if (owner) Wait([&] { owner->IOConfigurationChanged(); });
   }
 };
 

@@ -2,14 +2,42 @@
 
 #include <cmath>
 #include <cstring>
+#include <unordered_map>
+
+#include "platform/InstrumentIO.h"
+#include "server/ServerError.h"
 
 namespace cvn73100::python {
 namespace {
 
+// The Python class of each error number that is also one of Python's standard errors; every other number is a
+// plain ScopeError.
+const std::unordered_map<std::int32_t, const char*>& ErrorClassNames() {
+  static const std::unordered_map<std::int32_t, const char*> names{
+      {ERR_SUBSCRIPT_OUT_OF_RANGE, "ScopeIndexError"},
+      {ERR_INVALID_PROCEDURE_CALL, "ScopeValueError"},
+      {ERR_TYPE_MISMATCH, "ScopeTypeError"},
+      {ERR_DUPLICATE_KEY, "ScopeValueError"},
+      {ObjectError(ERR_INVALID_PROPERTY_VALUE), "ScopeValueError"},
+      {ObjectError(IOERR_TIMEOUT), "ScopeTimeoutError"},
+      {ObjectError(IOERR_DEVICE_VANISHED), "ScopeConnectionError"},
+      {ObjectError(IOERR_NO_LISTENER), "ScopeConnectionError"},
+      {ObjectError(IOERR_OPEN_FAILED), "ScopeIOError"},
+      {ObjectError(IOERR_IO_FAILURE), "ScopeIOError"},
+      {ObjectError(IOERR_BAD_ARGUMENT), "ScopeValueError"},
+      {ObjectError(IOERR_CLOSED), "ScopeConnectionError"},
+      {ObjectError(server::SERVERERR_NOT_CONNECTED), "ScopeConnectionError"},
+      {ObjectError(server::SERVERERR_BAD_ADDRESS), "ScopeValueError"},
+      {ObjectError(server::SERVERERR_BAD_ARGUMENT), "ScopeValueError"},
+      {ObjectError(server::SERVERERR_FILE), "ScopeIOError"},
+  };
+  return names;
+}
+
 // Borrowed for the life of the process, like the enumeration classes.
 PyObject* g_scopeError = nullptr;
-PyObject* g_scopeIndexError = nullptr;
 PyObject* g_scopeKeyError = nullptr;
+std::unordered_map<std::int32_t, PyObject*> g_errorClasses;
 
 constexpr int MAX_VARIANT_DEPTH = 8;
 
@@ -63,10 +91,11 @@ Variant ToVariantAt(py::handle value, int depth) {
   throw RuntimeError(ERR_TYPE_MISMATCH);
 }
 
-[[noreturn]] void RaiseAs(PyObject* cls, const ScopeError& error) {
+[[noreturn]] void RaiseAs(PyObject* cls, const ScopeError& error, py::object key = py::none()) {
   if (!cls) throw py::type_error(error.what());
   py::object instance = py::reinterpret_borrow<py::object>(cls)(error.Number(), Text(error.Source()),
                                                                 Text(error.Description()), Text(error.HelpFile()));
+  if (!key.is_none()) instance.attr("key") = key;
   PyErr_SetObject(cls, instance.ptr());
   throw py::error_already_set();
 }
@@ -148,15 +177,19 @@ std::string PathArgument(py::handle path) {
 void LoadErrorClasses() {
   const py::module_ types = py::module_::import("cvn73100._types");
   g_scopeError = py::object(types.attr("ScopeError")).release().ptr();
-  g_scopeIndexError = py::object(types.attr("ScopeIndexError")).release().ptr();
   g_scopeKeyError = py::object(types.attr("ScopeKeyError")).release().ptr();
+  for (const auto& [number, name] : ErrorClassNames())
+    g_errorClasses[number] = py::object(types.attr(name)).release().ptr();
 }
 
 void RaiseScopeError(const ScopeError& error) {
-  RaiseAs(error.Number() == ERR_SUBSCRIPT_OUT_OF_RANGE ? g_scopeIndexError : g_scopeError, error);
+  const auto found = g_errorClasses.find(error.Number());
+  RaiseAs(found == g_errorClasses.end() ? g_scopeError : found->second, error);
 }
 
-void RaiseScopeKeyError(const ScopeError& error) { RaiseAs(g_scopeKeyError, error); }
+void RaiseScopeKeyError(const ScopeError& error, const std::string& key) {
+  RaiseAs(g_scopeKeyError, error, Text(key));
+}
 
 void RegisterErrorTranslator() {
   py::register_exception_translator([](std::exception_ptr pointer) {

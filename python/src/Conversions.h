@@ -49,10 +49,11 @@ std::string PathArgument(py::handle path);
 
 // The module's error classes (cvn73100._types), looked up once at import.
 void LoadErrorClasses();
-// Raises `error` as a Python ScopeError (ScopeIndexError for error 9).
+// Raises `error` as a Python ScopeError, of the subclass its number calls for (ScopeIndexError for error 9,
+// ScopeTimeoutError for a timeout, ...).
 [[noreturn]] void RaiseScopeError(const ScopeError& error);
-// Raises `error` as ScopeKeyError: the collection's answer to an unknown name.
-[[noreturn]] void RaiseScopeKeyError(const ScopeError& error);
+// Raises `error` as ScopeKeyError naming `key`: the collection's answer to an unknown name.
+[[noreturn]] void RaiseScopeKeyError(const ScopeError& error, const std::string& key);
 // Turns every ScopeError that leaves a binding into the Python class.
 void RegisterErrorTranslator();
 

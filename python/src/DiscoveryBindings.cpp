@@ -43,6 +43,7 @@ class ScriptSearchView : public ISearchInstrumentsView {
   // A long search is where a script's user presses Ctrl-C, and where a progress callback may fail: either
   // ends the search here, with that exception.
   void ShowProgress(std::int32_t step, std::int32_t total) override {
+    py::gil_scoped_acquire gil;
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     if (!m_progress.is_none()) m_progress(step, total, Text(m_working));
   }
@@ -73,19 +74,22 @@ py::list Search(const std::optional<ScopePtr>& given, bool includeSilent, bool e
   const ScopePtr control = given ? *given : NewScope();
   ScriptSearchView view(excludeSilentPorts, std::move(progress));
   Cvn73100PPSrchIO page(view);
-  // As the property frame drives the page: bind, let the binding timer tick, search, and on request OK.
-  page.PropertyPage_SelectionChanged(control.get());
-  page.TimerInstrumentDiscovery_Timer();
-  try {
-    page.Search_Click();
-  } catch (...) {
+  Wait([&] {
+    // As the property frame drives the page: bind, let the binding timer tick, search, and on request OK.
+    page.PropertyPage_SelectionChanged(control.get());
+    page.TimerInstrumentDiscovery_Timer();
+    try {
+      page.Search_Click();
+    } catch (...) {
+      page.PropertyPage_Terminate();
+      throw;
+    }
+    // The page searches on a working copy; without OK the control is left as it was. OK also applies the row the
+    // page marked as the control's, found by the page's first-prefix rule (a silent GPIB0::1 row claims
+    // GPIB0::12::INSTR).
+    if (apply) page.PropertyPage_ApplyChanges();
     page.PropertyPage_Terminate();
-    throw;
-  }
-  // The page searches on a working copy; without OK the control is left as it was. OK also applies the row the page
-  // marked as the control's, found by the page's first-prefix rule (a silent GPIB0::1 row claims GPIB0::12::INSTR).
-  if (apply) page.PropertyPage_ApplyChanges();
-  page.PropertyPage_Terminate();
+  });
 
   const py::object rowClass = py::module_::import("cvn73100._types").attr("InstrumentRow");
   py::list rows;
@@ -105,12 +109,14 @@ py::tuple QueryInstrument(const std::string& address, const std::optional<ScopeP
   configuration->SetActiveAddressString(address);
   const auto manager = scope ? (*scope)->IOManager() : Components::CreateIOManager();
   const std::int32_t delay = txDelay ? *txDelay : scope ? (*scope)->TXDelay() : CQueryInstrument::DEFAULT_TX_DELAY;
-  CQueryInstrument query;
-  query.Initialize(delay, configuration, manager);
   std::string reply;
-  const std::string& canonical = configuration->ActiveAddressString();
-  const std::int16_t code =
-      configuration->ActivePortIsGPIB() ? query.GPIBIDNQuery(canonical, reply) : query.RS232IDNQuery(canonical, reply);
+  const std::int16_t code = Wait([&] {
+    CQueryInstrument query;
+    query.Initialize(delay, configuration, manager);
+    const std::string& canonical = configuration->ActiveAddressString();
+    return configuration->ActivePortIsGPIB() ? query.GPIBIDNQuery(canonical, reply)
+                                             : query.RS232IDNQuery(canonical, reply);
+  });
   return py::make_tuple(EnumValue(static_cast<IDNQueryResult>(code)), Text(reply));
 }
 

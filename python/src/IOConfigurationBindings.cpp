@@ -16,8 +16,11 @@ using Ref = IOConfigurationRef;
 // A setter of the configuration: the change, then the control told of it.
 template <class Change>
 void Apply(const Ref& ref, Change change) {
-  change(*ref.configuration);
-  ref.Changed();
+  // A search of the ports, and the control following a new address, may wait on the lines.
+  Wait([&] {
+    change(*ref.configuration);
+    ref.Changed();
+  });
 }
 
 }  // namespace
@@ -243,9 +246,11 @@ void BindIOConfiguration(py::module_& m) {
       .def(
           "find_gpib_port",
           [](const Ref& r, std::int32_t port, const Cvn73100Scope& scope) {
-            const bool found = r.configuration->FindGPIBPort(port, scope);
-            r.Changed();
-            return found;
+            return Wait([&] {
+              const bool found = r.configuration->FindGPIBPort(port, scope);
+              r.Changed();
+              return found;
+            });
           },
           py::arg("port"), py::arg("scope"), "Whether the I/O library lists GPIB interface ``port``.")
       .def(

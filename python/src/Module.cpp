@@ -5,6 +5,7 @@
 #include "iolib/IOLibrary.h"
 #include "python/src/Bindings.h"
 #include "python/src/Conversions.h"
+#include "python/src/Released.h"
 #include "server/Cvn73100Server.h"
 
 namespace cvn73100::python {
@@ -136,6 +137,7 @@ PYBIND11_MODULE(_native, m) {
 
   LoadErrorClasses();
   RegisterErrorTranslator();
+  RegisterInterruptTranslator();
   BindEnums(m);
   BindHost(m);
   BindIOConfiguration(m);

@@ -6,11 +6,13 @@
 #include <string>
 
 #include "cli/FormFile.h"
+#include "control/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "platform/Event.h"
 #include "platform/PropertyBag.h"
 #include "python/src/Bindings.h"
 #include "python/src/Conversions.h"
+#include "python/src/Released.h"
 
 namespace cvn73100::python {
 namespace {
@@ -37,10 +39,10 @@ py::tuple Record(const Variant& time, const Variant& volts) {
   return py::make_tuple(ToArray(time.AsDoubles()), ToArray(volts.AsDoubles()));
 }
 
-py::object ReadReply(Cvn73100Scope& scope, bool block) {
+Variant ReadReply(Cvn73100Scope& scope, bool block) {
   Variant reply;
   scope.Enter(reply, block ? Variant("B") : Variant());
-  return ToPython(reply);
+  return reply;
 }
 
 std::string FormPath(const py::object& path) { return path.is_none() ? FormFile::DefaultPath() : PathArgument(path); }
@@ -80,14 +82,18 @@ void BindScope(py::module_& m, ScopeClass& scope) {
              auto control = std::make_shared<Cvn73100Scope>();
              // The host's ambient user mode: a script runs the control, so it connects on demand.
              control->AmbientChanged();
-             if (!form.is_none()) LoadForm(*control, PathArgument(form));
+             if (!form.is_none()) {
+               const std::string path = PathArgument(form);
+               Wait([&] { LoadForm(*control, path); });
+             }
              return control;
            }),
            py::arg("form") = py::none())
 
       // --- Address and connection. ---
       .def_property(
-          "address", [](const Cvn73100Scope& s) { return Text(s.Address()); }, &Cvn73100Scope::SetAddress,
+          "address", [](const Cvn73100Scope& s) { return Text(s.Address()); },
+          py::cpp_function(&Cvn73100Scope::SetAddress, Waits()),
           ("The instrument address: \"GPIB<n>::<address>::INSTR\" (n 0-3, address 0-30) or \"COM<n>\" (n 1-4) with "
            "optional \"::Baud=<rate>\" and \"Handshake=DTR_DSR\" keywords joined by \",\". Reads back in canonical "
            "form. Setting it closes the connection and clears address_instrument_id; an invalid address raises "
@@ -101,12 +107,12 @@ void BindScope(py::module_& m, ScopeClass& scope) {
       .def_property_readonly(
           "automation_server_address", [](const Cvn73100Scope& s) { return Text(s.AutomationServerAddress()); },
           "The address in the form the automation server takes (a serial address always names its handshake).")
-      .def("initialize", &Cvn73100Scope::Initialize,
+      .def("initialize", &Cvn73100Scope::Initialize, Waits(),
            ("Opens the connection on the address: resets the instrument when reset_on_initialize is set and checks its "
             "identity when check_id_on_initialize is set. A rejected instrument raises ScopeError -2147221445 (\"" +
             CatalogueText(113) + " " + CatalogueText(114) + "\"); I/O errors reach the caller unchanged.")
                .c_str())
-      .def("close_connection", &Cvn73100Scope::CloseConnection, "Closes the connection.")
+      .def("close_connection", &Cvn73100Scope::CloseConnection, Waits(), "Closes the connection.")
       .def_property_readonly("instrument_connected", &Cvn73100Scope::InstrumentConnected,
                              "True while the connection is open.")
       .def_property("reset_on_initialize", &Cvn73100Scope::ResetOnInitialize, &Cvn73100Scope::SetResetOnInitialize,
@@ -116,36 +122,43 @@ void BindScope(py::module_& m, ScopeClass& scope) {
                     "initialize() refuses an instrument that is not a supported model.")
       .def_property("tx_delay", &Cvn73100Scope::TXDelay, &Cvn73100Scope::SetTXDelay,
                     "The transmit delay in milliseconds; a negative value raises ScopeError -2147221124.")
+      .def_property(
+          "timeout", [](const Cvn73100Scope& s) { return s.Connection()->EZPtr().Timeout(); },
+          [](const Cvn73100Scope& s, std::int32_t milliseconds) { s.Connection()->EZPtr().SetTimeout(milliseconds); },
+          "How long a read waits for the instrument's reply, in milliseconds (5000 to begin with); it holds for "
+          "the open connection and later ones. A read that runs out of time raises ScopeTimeoutError, also a "
+          "TimeoutError; a negative time raises ScopeValueError.")
       .def_property_readonly(
           "connection_name", [](Cvn73100Scope& s) { return Text(s.ConnectionName()); },
           "The address the automation server's connection is open on; \"\" when closed.")
       .def("__enter__", [](py::object self) { return self; })
       .def(
-          "__exit__", [](Cvn73100Scope& s, py::args) { s.CloseConnection(); },
+          "__exit__", [](Cvn73100Scope& s, py::args) { Wait([&] { s.CloseConnection(); }); },
           "Leaving a with block closes the connection.")
 
       // --- Commands and replies. ---
       .def(
           "write",
           [](Cvn73100Scope& s, py::object data) {
-            if (PyUnicode_Check(data.ptr()))
-              s.Output(Variant(data.cast<std::string>()));
-            else
-              s.Output(Variant(ToBytes(data)));
+            const Variant message(PyUnicode_Check(data.ptr()) ? Variant(data.cast<std::string>())
+                                                              : Variant(ToBytes(data)));
+            Wait([&] { s.Output(message); });
           },
           py::arg("data"),
           "Sends a command (str, sent with the line termination) or bytes (sent as they are). Connects first when "
           "needed.")
       .def(
-          "read", [](Cvn73100Scope& s, bool block) { return ReadReply(s, block); }, py::kw_only(),
-          py::arg("block") = false,
+          "read", [](Cvn73100Scope& s, bool block) { return ToPython(Wait([&] { return ReadReply(s, block); })); },
+          py::kw_only(), py::arg("block") = false,
           "Reads one reply as str; with ``block=True`` reads a definite-length block (such as the reply to "
           "\":SYSTem:SETup?\") as bytes.")
       .def(
           "query",
           [](Cvn73100Scope& s, const std::string& command, bool block) {
-            s.Output(Variant(command));
-            return ReadReply(s, block);
+            return ToPython(Wait([&] {
+              s.Output(Variant(command));
+              return ReadReply(s, block);
+            }));
           },
           py::arg("command"), py::kw_only(), py::arg("block") = false,
           "write(command), then read(block=block): ``scope.query('*IDN?')``.")
@@ -153,7 +166,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "read_bytes",
           [](Cvn73100Scope& s, std::int32_t count) {
             Bytes buffer;
-            s.ReadBytes(count, buffer);
+            Wait([&] { s.ReadBytes(count, buffer); });
             buffer.resize(std::min(buffer.size(), static_cast<std::size_t>(std::max(count, 0))));
             return ToPyBytes(buffer);
           },
@@ -162,14 +175,14 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "write_bytes",
           [](Cvn73100Scope& s, py::object data) {
             Bytes buffer = ToBytes(data);
-            s.WriteBytes(static_cast<std::int32_t>(buffer.size()), buffer);
+            Wait([&] { s.WriteBytes(static_cast<std::int32_t>(buffer.size()), buffer); });
           },
           py::arg("data"), "Sends the bytes as they are.")
-      .def("auto_scale", &Cvn73100Scope::AutoScale, "Frames every signal on the screen.")
-      .def("digitize", &Cvn73100Scope::Digitize, "Acquires once and stops.")
-      .def("run", &Cvn73100Scope::Run, "Starts acquiring continuously.")
-      .def("single_trigger", &Cvn73100Scope::SingleTrigger, "Acquires on the next trigger, then stops.")
-      .def("stop_trigger", &Cvn73100Scope::StopTrigger, "Stops acquiring.")
+      .def("auto_scale", &Cvn73100Scope::AutoScale, Waits(), "Frames every signal on the screen.")
+      .def("digitize", &Cvn73100Scope::Digitize, Waits(), "Acquires once and stops.")
+      .def("run", &Cvn73100Scope::Run, Waits(), "Starts acquiring continuously.")
+      .def("single_trigger", &Cvn73100Scope::SingleTrigger, Waits(), "Acquires on the next trigger, then stops.")
+      .def("stop_trigger", &Cvn73100Scope::StopTrigger, Waits(), "Stops acquiring.")
 
       // --- Data. ---
       .def(
@@ -177,8 +190,10 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           [](Cvn73100Scope& s, std::int32_t channel, std::int32_t points) {
             Variant time;
             Variant volts;
-            s.GetWaveformData(static_cast<Cvn73100_AnalogChannels>(channel),
-                              static_cast<Cvn73100_WaveformPoints>(points), time, volts);
+            Wait([&] {
+              s.GetWaveformData(static_cast<Cvn73100_AnalogChannels>(channel),
+                                static_cast<Cvn73100_WaveformPoints>(points), time, volts);
+            });
             return Record(time, volts);
           },
           py::arg("channel") = 1, py::arg("points") = 1000,
@@ -188,7 +203,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "waveforms",
           [](Cvn73100Scope& s, std::int32_t points) {
             Variant::Array all;
-            s.GetAllWaveformData(static_cast<Cvn73100_WaveformPoints>(points), all);
+            Wait([&] { s.GetAllWaveformData(static_cast<Cvn73100_WaveformPoints>(points), all); });
             py::list records;
             for (const Variant& entry : all) records.append(Record(entry.AsArray().at(0), entry.AsArray().at(1)));
             return records;
@@ -199,7 +214,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           [](Cvn73100Scope& s, std::int32_t points) {
             Variant time;
             Variant data;
-            s.GetLogicData(static_cast<Cvn73100_WaveformPoints>(points), time, data);
+            Wait([&] { s.GetLogicData(static_cast<Cvn73100_WaveformPoints>(points), time, data); });
             const Variant::Array& words = data.AsArray();
             py::array_t<std::int32_t> bits(static_cast<py::ssize_t>(words.size()));
             std::int32_t* out = bits.mutable_data();
@@ -210,14 +225,17 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "Captures the 16 logic bits: ``(times, bits)``, seconds and one int32 per point (bit n is D<n>).")
       .def(
           "screen_image",
-          [](Cvn73100Scope& s, Cvn73100_ImageFormat format) { return ScreenImageOf(s.GetScreenImage(format)); },
+          [](Cvn73100Scope& s, Cvn73100_ImageFormat format) {
+            return ScreenImageOf(Wait([&] { return s.GetScreenImage(format); }));
+          },
           py::arg("format") = Cvn73100_ImageFormat_BMP,
           "The instrument's screen as a ScreenImage: ``data`` (the encoded file as bytes), ``format``, ``mime_type``, "
           "``width`` and ``height``. BMP, GIF, TIF or JPG.")
       .def(
           "save_screen_image",
           [](Cvn73100Scope& s, py::object path, Cvn73100_ImageFormat format) {
-            s.SaveScreenImage(PathArgument(path), format);
+            const std::string file = PathArgument(path);
+            Wait([&] { s.SaveScreenImage(file, format); });
           },
           py::arg("path"), py::arg("format") = Cvn73100_ImageFormat_BMP,
           "Writes the screen image to a file, whole or not at all.")
@@ -239,8 +257,10 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           },
           [](const ScopePtr& s, const IOConfigurationRef& configuration) {
             if (configuration.configuration == s->IOConfiguration()) return;
-            s->IOConfiguration()->Copy(*configuration.configuration);
-            s->IOConfigurationChanged();
+            Wait([&] {
+              s->IOConfiguration()->Copy(*configuration.configuration);
+              s->IOConfigurationChanged();
+            });
           },
           "The control's own I/O configuration. Changes made through it reach the control at once, as Apply on a "
           "property page does. Assigning an IOConfiguration copies it into the control's.")
@@ -320,7 +340,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "load_properties",
           [](Cvn73100Scope& s, py::object path) {
             const std::string file = FormPath(path);
-            LoadForm(s, file);
+            Wait([&] { LoadForm(s, file); });
             return Text(file);
           },
           py::arg("path") = py::none(),
@@ -342,7 +362,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           [](Cvn73100Scope& s, py::dict properties) {
             MemoryPropertyBag bag;
             for (const auto& [key, value] : properties) bag.Set(key.cast<std::string>(), ToVariant(value));
-            s.ReadProperties(bag);
+            Wait([&] { s.ReadProperties(bag); });
           },
           py::arg("properties"), "Reads the control's properties from a dict shaped as write_properties() returns it.")
       .def("__repr__", [](const Cvn73100Scope& s) {

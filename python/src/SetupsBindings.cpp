@@ -19,13 +19,13 @@ std::int32_t CollectionPosition(const SetupsCvn73100Scope& setups, std::int64_t 
   return static_cast<std::int32_t>(index + 1);
 }
 
-// The collection by name; an unknown name is a KeyError as well as a ScopeError.
+// The collection by name; an unknown name is a KeyError (naming it) as well as a ScopeError.
 template <class Action>
-auto ByName(Action action) -> decltype(action()) {
+auto ByName(const std::string& name, Action action) -> decltype(action()) {
   try {
     return action();
   } catch (const ScopeError& error) {
-    if (error.Number() == ERR_INVALID_PROCEDURE_CALL) RaiseScopeKeyError(error);
+    if (error.Number() == ERR_INVALID_PROCEDURE_CALL) RaiseScopeKeyError(error, name);
     throw;
   }
 }
@@ -40,7 +40,7 @@ SetupRef Member(const SetupsRef& ref, const SetupsCvn73100Scope::Setup& setup) {
 SetupRef Item(const SetupsRef& ref, py::handle key) {
   if (PyUnicode_Check(key.ptr())) {
     const std::string name = key.cast<std::string>();
-    return ByName([&] { return Member(ref, ref.setups->item(name)); });
+    return ByName(name, [&] { return Member(ref, ref.setups->item(name)); });
   }
   return Member(ref, ref.setups->item(CollectionPosition(*ref.setups, Position(key))));
 }
@@ -48,7 +48,7 @@ SetupRef Item(const SetupsRef& ref, py::handle key) {
 void Remove(const SetupsRef& ref, py::handle key) {
   if (PyUnicode_Check(key.ptr())) {
     const std::string name = key.cast<std::string>();
-    ByName([&] { ref.setups->Remove(name); });
+    ByName(name, [&] { ref.setups->Remove(name); });
     return;
   }
   ref.setups->Remove(CollectionPosition(*ref.setups, Position(key)));
@@ -103,11 +103,11 @@ void BindSetups(py::module_& m) {
           },
           "The Setups collection that owns the set-up, or None.")
       .def(
-          "get_from_instrument", [](const SetupRef& s) { s.setup->GetFromInstrument(); },
+          "get_from_instrument", [](const SetupRef& s) { s.setup->GetFromInstrument(); }, Waits(),
           "Reads the learn string, model and firmware version from the instrument and makes this set-up the "
           "collection's last_instrument_setup. A failure leaves the set-up as it was.")
       .def(
-          "send_to_instrument", [](const SetupRef& s) { s.setup->SendToInstrument(); },
+          "send_to_instrument", [](const SetupRef& s) { s.setup->SendToInstrument(); }, Waits(),
           (CatalogueText(694) +
            " Loads the learn string into the instrument when the set-up is compatible with it; "
            "otherwise raises ScopeError -2147221487 (\"" +

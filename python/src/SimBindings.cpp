@@ -261,7 +261,7 @@ void BindSim(py::module_& s) {
       .def(
           "query",
           [](Instrument& i, const std::string& message, double timeout) {
-            return Text(i.Query(message, Milliseconds(timeout)));
+            return Text(Wait([&] { return i.Query(message, Milliseconds(timeout)); }));
           },
           py::arg("message"), py::arg("timeout") = 2.0,
           "Writes a program message and reads one reply (seconds of ``timeout``); \"\" when none came.")

@@ -98,69 +98,76 @@ void BindChannels(py::module_& m, const char* name, const char* doc) {
       });
 }
 
+// A property accessor or method that talks to the instrument.
+template <class Function>
+py::cpp_function Waiting(Function function) {
+  return py::cpp_function(std::move(function), Waits());
+}
+
 }  // namespace
 
 void BindSubObjects(py::module_& m, ScopeClass& scope) {
   py::class_<Acquisition>(m, "Acquisition", "How the instrument acquires.")
       .def_property(
-          "type", [](const Acquisition& a) { return a.scope->Acquisition().Type(); },
-          [](const Acquisition& a, Cvn73100_AcquisitionType type) { a.scope->Acquisition().SetType(type); },
+          "type", Waiting([](const Acquisition& a) { return a.scope->Acquisition().Type(); }),
+          Waiting([](const Acquisition& a, Cvn73100_AcquisitionType type) { a.scope->Acquisition().SetType(type); }),
           "The AcquisitionType.")
-      .def_property(
-          "count", [](const Acquisition& a) { return static_cast<std::int32_t>(a.scope->Acquisition().Count()); },
-          [](const Acquisition& a, std::int32_t count) {
-            a.scope->Acquisition().SetCount(static_cast<Cvn73100_AcquisitionCount>(count));
-          },
-          "Acquisitions averaged: 1, 4, 8, 16, 32, 64, 128 or 256.");
+      .def_property("count", Waiting([](const Acquisition& a) {
+                      return static_cast<std::int32_t>(a.scope->Acquisition().Count());
+                    }),
+                    Waiting([](const Acquisition& a, std::int32_t count) {
+                      a.scope->Acquisition().SetCount(static_cast<Cvn73100_AcquisitionCount>(count));
+                    }),
+                    "Acquisitions averaged: 1, 4, 8, 16, 32, 64, 128 or 256.");
 
   py::class_<AnalogChannel>(m, "AnalogChannel", "One analog channel, 1-4.")
       .def_readonly("number", &AnalogChannel::number)
+      .def_property("display",
+                    Waiting([](const AnalogChannel& c) { return c.scope->AnalogChannels().Display(c.Id()); }),
+                    Waiting([](const AnalogChannel& c, Cvn73100_OnOffState state) {
+                      c.scope->AnalogChannels().SetDisplay(c.Id(), state);
+                    }),
+                    "Whether the channel is displayed (OnOffState).")
+      .def_property("coupling",
+                    Waiting([](const AnalogChannel& c) { return c.scope->AnalogChannels().Coupling(c.Id()); }),
+                    Waiting([](const AnalogChannel& c, Cvn73100_ProbeCoupling coupling) {
+                      c.scope->AnalogChannels().SetCoupling(c.Id(), coupling);
+                    }),
+                    "The input coupling (ProbeCoupling).")
+      .def_property("probe_attenuation", Waiting([](const AnalogChannel& c) {
+                      return static_cast<std::int32_t>(c.scope->AnalogChannels().ProbeAttenuation(c.Id()));
+                    }),
+                    Waiting([](const AnalogChannel& c, std::int32_t attenuation) {
+                      c.scope->AnalogChannels().SetProbeAttenuation(
+                          c.Id(), static_cast<Cvn73100_ProbeAttenuation>(attenuation));
+                    }),
+                    "The probe attenuation: 1, 10, 20 or 100.")
       .def_property(
-          "display", [](const AnalogChannel& c) { return c.scope->AnalogChannels().Display(c.Id()); },
-          [](const AnalogChannel& c, Cvn73100_OnOffState state) {
-            c.scope->AnalogChannels().SetDisplay(c.Id(), state);
-          },
-          "Whether the channel is displayed (OnOffState).")
-      .def_property(
-          "coupling", [](const AnalogChannel& c) { return c.scope->AnalogChannels().Coupling(c.Id()); },
-          [](const AnalogChannel& c, Cvn73100_ProbeCoupling coupling) {
-            c.scope->AnalogChannels().SetCoupling(c.Id(), coupling);
-          },
-          "The input coupling (ProbeCoupling).")
-      .def_property(
-          "probe_attenuation",
-          [](const AnalogChannel& c) {
-            return static_cast<std::int32_t>(c.scope->AnalogChannels().ProbeAttenuation(c.Id()));
-          },
-          [](const AnalogChannel& c, std::int32_t attenuation) {
-            c.scope->AnalogChannels().SetProbeAttenuation(c.Id(), static_cast<Cvn73100_ProbeAttenuation>(attenuation));
-          },
-          "The probe attenuation: 1, 10, 20 or 100.")
-      .def_property(
-          "range", [](const AnalogChannel& c) { return c.scope->AnalogChannels().Range(c.Id()); },
-          [](const AnalogChannel& c, double volts) { c.scope->AnalogChannels().SetRange(c.Id(), volts); },
+          "range", Waiting([](const AnalogChannel& c) { return c.scope->AnalogChannels().Range(c.Id()); }),
+          Waiting([](const AnalogChannel& c, double volts) { c.scope->AnalogChannels().SetRange(c.Id(), volts); }),
           "Volts over the full screen height.")
       .def_property(
-          "offset", [](const AnalogChannel& c) { return c.scope->AnalogChannels().Offset(c.Id()); },
-          [](const AnalogChannel& c, double volts) { c.scope->AnalogChannels().SetOffset(c.Id(), volts); },
+          "offset", Waiting([](const AnalogChannel& c) { return c.scope->AnalogChannels().Offset(c.Id()); }),
+          Waiting([](const AnalogChannel& c, double volts) { c.scope->AnalogChannels().SetOffset(c.Id(), volts); }),
           "Volts at the centre of the screen.")
       .def("__repr__",
            [](const AnalogChannel& c) { return "<cvn73100.AnalogChannel " + std::to_string(c.number) + ">"; });
 
   py::class_<LogicBit>(m, "LogicBit", "One logic bit, D0-D15.")
       .def_readonly("number", &LogicBit::number)
-      .def_property(
-          "display", [](const LogicBit& b) { return b.scope->LogicChannel().Display(b.Id()); },
-          [](const LogicBit& b, Cvn73100_OnOffState state) { b.scope->LogicChannel().SetDisplay(b.Id(), state); },
-          "Whether the bit is displayed (OnOffState).")
+      .def_property("display", Waiting([](const LogicBit& b) { return b.scope->LogicChannel().Display(b.Id()); }),
+                    Waiting([](const LogicBit& b, Cvn73100_OnOffState state) {
+                      b.scope->LogicChannel().SetDisplay(b.Id(), state);
+                    }),
+                    "Whether the bit is displayed (OnOffState).")
       .def("__repr__", [](const LogicBit& b) { return "<cvn73100.LogicBit D" + std::to_string(b.number) + ">"; });
 
   py::class_<TraceChannel>(m, "TraceChannel",
                            "One trace on the display: analog channel 1-4 or logic bit 10-25 (D0-D15).")
       .def_readonly("number", &TraceChannel::number)
       .def_property(
-          "display", [](const TraceChannel& t) { return t.scope->Trace().Display(t.Id()); },
-          [](const TraceChannel& t, Cvn73100_OnOffState state) { t.scope->Trace().SetDisplay(t.Id(), state); },
+          "display", Waiting([](const TraceChannel& t) { return t.scope->Trace().Display(t.Id()); }),
+          Waiting([](const TraceChannel& t, Cvn73100_OnOffState state) { t.scope->Trace().SetDisplay(t.Id(), state); }),
           "Whether the trace is displayed (OnOffState).")
       .def("__repr__",
            [](const TraceChannel& t) { return "<cvn73100.TraceChannel " + std::to_string(t.number) + ">"; });
@@ -177,101 +184,108 @@ void BindSubObjects(py::module_& m, ScopeClass& scope) {
           [](const Measure& x, std::int32_t channel) {
             return x.scope->Measure().Frequency(static_cast<Cvn73100_AnalogChannels>(channel));
           },
-          py::arg("channel") = 1, "Hertz; 9.9E+37 when the channel shows no periodic signal.")
+          Waits(), py::arg("channel") = 1, "Hertz; 9.9E+37 when the channel shows no periodic signal.")
       .def(
           "vpp",
           [](const Measure& x, std::int32_t channel) {
             return x.scope->Measure().VPP(static_cast<Cvn73100_AnalogChannels>(channel));
           },
-          py::arg("channel") = 1, "Volts peak to peak.")
+          Waits(), py::arg("channel") = 1, "Volts peak to peak.")
       .def(
           "v_average",
           [](const Measure& x, std::int32_t channel) {
             return x.scope->Measure().VAverage(static_cast<Cvn73100_AnalogChannels>(channel));
           },
-          py::arg("channel") = 1, "Average volts.");
+          Waits(), py::arg("channel") = 1, "Average volts.");
 
   py::class_<Timebase>(m, "Timebase", "The horizontal settings.")
-      .def_property(
-          "mode", [](const Timebase& t) { return t.scope->Timebase().Mode(); },
-          [](const Timebase& t, Cvn73100_TimeMode mode) { t.scope->Timebase().SetMode(mode); }, "The TimeMode.")
-      .def_property(
-          "range", [](const Timebase& t) { return t.scope->Timebase().Range(); },
-          [](const Timebase& t, double seconds) { t.scope->Timebase().SetRange(seconds); },
-          "Seconds over the full screen width.")
-      .def_property(
-          "delay", [](const Timebase& t) { return t.scope->Timebase().Delay(); },
-          [](const Timebase& t, double seconds) { t.scope->Timebase().SetDelay(seconds); },
-          "Seconds from the trigger to the reference point.")
-      .def_property(
-          "reference", [](const Timebase& t) { return t.scope->Timebase().Reference(); },
-          [](const Timebase& t, Cvn73100_TimeReference reference) { t.scope->Timebase().SetReference(reference); },
-          "The TimeReference.");
+      .def_property("mode", Waiting([](const Timebase& t) { return t.scope->Timebase().Mode(); }),
+                    Waiting([](const Timebase& t, Cvn73100_TimeMode mode) { t.scope->Timebase().SetMode(mode); }),
+                    "The TimeMode.")
+      .def_property("range", Waiting([](const Timebase& t) { return t.scope->Timebase().Range(); }),
+                    Waiting([](const Timebase& t, double seconds) { t.scope->Timebase().SetRange(seconds); }),
+                    "Seconds over the full screen width.")
+      .def_property("delay", Waiting([](const Timebase& t) { return t.scope->Timebase().Delay(); }),
+                    Waiting([](const Timebase& t, double seconds) { t.scope->Timebase().SetDelay(seconds); }),
+                    "Seconds from the trigger to the reference point.")
+      .def_property("reference", Waiting([](const Timebase& t) { return t.scope->Timebase().Reference(); }),
+                    Waiting([](const Timebase& t, Cvn73100_TimeReference reference) {
+                      t.scope->Timebase().SetReference(reference);
+                    }),
+                    "The TimeReference.");
 
   py::class_<Trigger>(m, "Trigger", "The trigger settings.")
+      .def_property("mode", Waiting([](const Trigger& t) { return t.scope->Trigger().Mode(); }),
+                    Waiting([](const Trigger& t, Cvn73100_TriggerMode mode) { t.scope->Trigger().SetMode(mode); }),
+                    "The TriggerMode.")
       .def_property(
-          "mode", [](const Trigger& t) { return t.scope->Trigger().Mode(); },
-          [](const Trigger& t, Cvn73100_TriggerMode mode) { t.scope->Trigger().SetMode(mode); }, "The TriggerMode.")
-      .def_property(
-          "source", [](const Trigger& t) { return t.scope->Trigger().Source(); },
-          [](const Trigger& t, Cvn73100_TriggerSource source) { t.scope->Trigger().SetSource(source); },
+          "source", Waiting([](const Trigger& t) { return t.scope->Trigger().Source(); }),
+          Waiting([](const Trigger& t, Cvn73100_TriggerSource source) { t.scope->Trigger().SetSource(source); }),
           "The TriggerSource.")
-      .def_property(
-          "slope", [](const Trigger& t) { return t.scope->Trigger().Slope(); },
-          [](const Trigger& t, Cvn73100_TriggerSlope slope) { t.scope->Trigger().SetSlope(slope); },
-          "The TriggerSlope.")
-      .def_property(
-          "level", [](const Trigger& t) { return t.scope->Trigger().Level(); },
-          [](const Trigger& t, double volts) { t.scope->Trigger().SetLevel(volts); }, "Volts.")
-      .def_property(
-          "coupling", [](const Trigger& t) { return t.scope->Trigger().Coupling(); },
-          [](const Trigger& t, Cvn73100_TriggerCoupling coupling) { t.scope->Trigger().SetCoupling(coupling); },
-          "The TriggerCoupling.");
+      .def_property("slope", Waiting([](const Trigger& t) { return t.scope->Trigger().Slope(); }),
+                    Waiting([](const Trigger& t, Cvn73100_TriggerSlope slope) { t.scope->Trigger().SetSlope(slope); }),
+                    "The TriggerSlope.")
+      .def_property("level", Waiting([](const Trigger& t) { return t.scope->Trigger().Level(); }),
+                    Waiting([](const Trigger& t, double volts) { t.scope->Trigger().SetLevel(volts); }), "Volts.")
+      .def_property("coupling", Waiting([](const Trigger& t) { return t.scope->Trigger().Coupling(); }),
+                    Waiting([](const Trigger& t, Cvn73100_TriggerCoupling coupling) {
+                      t.scope->Trigger().SetCoupling(coupling);
+                    }),
+                    "The TriggerCoupling.");
 
   py::class_<Utilities>(m, "Utilities", "The instrument's identity, reset, and its learn string.")
       .def_property_readonly(
-          "manufacturer", [](const Utilities& u) { return Text(u.scope->Utilities().Manufacturer()); },
+          "manufacturer",
+          [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().Manufacturer(); })); },
           "The first field of the \"*IDN?\" reply.")
       .def_property_readonly(
-          "model", [](const Utilities& u) { return Text(u.scope->Utilities().Model()); },
+          "model", [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().Model(); })); },
           "The second field of the \"*IDN?\" reply.")
       .def_property_readonly(
-          "serial_number", [](const Utilities& u) { return Text(u.scope->Utilities().SerialNumber()); },
+          "serial_number",
+          [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().SerialNumber(); })); },
           "The third field of the \"*IDN?\" reply.")
       .def_property_readonly(
-          "firmware_version", [](const Utilities& u) { return Text(u.scope->Utilities().FirmwareVersion()); },
+          "firmware_version",
+          [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().FirmwareVersion(); })); },
           "The fourth field of the \"*IDN?\" reply.")
       .def_property_readonly(
-          "instrument_model", [](const Utilities& u) { return Text(u.scope->Utilities().InstrumentModel()); },
+          "instrument_model",
+          [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().InstrumentModel(); })); },
           "The model a set-up records.")
       .def_property_readonly(
           "instrument_firmware_version",
-          [](const Utilities& u) { return Text(u.scope->Utilities().InstrumentFirmwareVersion()); },
+          [](const Utilities& u) {
+            return Text(Wait([&] { return u.scope->Utilities().InstrumentFirmwareVersion(); }));
+          },
           "The firmware version a set-up records.")
       .def(
-          "reset_instrument", [](const Utilities& u) { u.scope->Utilities().ResetInstrument(); },
+          "reset_instrument", [](const Utilities& u) { u.scope->Utilities().ResetInstrument(); }, Waits(),
           "Resets the instrument (\"*RST\").")
       .def(
           "check_instrument_id", [](const Utilities& u) { return u.scope->Utilities().CheckInstrumentID(0, 0, 0); },
-          "True when the instrument is a supported model.")
+          Waits(), "True when the instrument is a supported model.")
       .def(
-          "read_state_data", [](const Utilities& u) { return ToPython(u.scope->Utilities().ReadStateData()); },
+          "read_state_data",
+          [](const Utilities& u) { return ToPython(Wait([&] { return u.scope->Utilities().ReadStateData(); })); },
           "The instrument's learn string: bytes that only the instrument understands.")
       .def(
           "write_state_data",
           [](const Utilities& u, py::object learnString) {
-            u.scope->Utilities().WriteStateData(ToLearnString(learnString));
+            const LearnString data = ToLearnString(learnString);
+            Wait([&] { u.scope->Utilities().WriteStateData(data); });
           },
           py::arg("learn_string"), "Restores a learn string that read_state_data() returned.")
       .def(
           "query_instrument_error",
-          [](const Utilities& u) { return Text(u.scope->Utilities().QueryInstrumentError()); },
+          [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().QueryInstrumentError(); })); },
           "The instrument's oldest queued error as \"<code>,<text>\"; \"\" when there is none.")
       .def(
           "drain_instrument_errors",
           [](const Utilities& u) {
+            const std::vector<std::string> entries = Wait([&] { return u.scope->Utilities().DrainInstrumentErrors(); });
             py::list errors;
-            for (const std::string& entry : u.scope->Utilities().DrainInstrumentErrors()) errors.append(Text(entry));
+            for (const std::string& entry : entries) errors.append(Text(entry));
             return errors;
           },
           "Every queued error, oldest first, as \"<code>,<text>\" strings; the queue is empty afterwards.");

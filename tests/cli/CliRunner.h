@@ -58,7 +58,7 @@ class CliTest : public ::testing::Test {
     for (char** e = environ; *e; ++e) {
       const std::string entry = *e;
       const std::string key = entry.substr(0, entry.find('='));
-      if (key.rfind("CVN73100_", 0) == 0 || key == "XDG_CONFIG_HOME" || key == "TMPDIR" || key == "HOME") continue;
+      if (key.rfind("CVN73100_", 0) == 0 || key == "XDG_CONFIG_HOME" || key == "XDG_RUNTIME_DIR" || key == "TMPDIR" || key == "HOME") continue;
       envStrings.push_back(entry);
     }
     envStrings.push_back("XDG_CONFIG_HOME=" + (dir / "config").string());

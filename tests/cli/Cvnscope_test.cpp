@@ -227,7 +227,7 @@ TEST_F(CliTest, SupportMessagesAsEventsArePrintedAndTheLogIsKeptForTheNextComman
   ASSERT_EQ(Run({"log", "--mode", "2"}).status, 0);
   Run({"test", "GPIB9::1::INSTR"});
   r = Run({"log", "--show"});
-  EXPECT_TRUE(Contains(r.out, "Log file: " + (dir / "CvnScope.DBG").string())) << r.out;
+  EXPECT_TRUE(Contains(r.out, "Log file: " + (dir / ("cvn73100-" + std::to_string(::geteuid())) / "CvnScope.DBG").string())) << r.out;
   EXPECT_TRUE(Contains(r.out, "Function: Let ActiveIOPort")) << r.out;
 }
 

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
@@ -15,6 +16,7 @@
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
+#include "platform/Host.h"
 #include "platform/PropertyBag.h"
 #include "server/Cvn73100Server.h"
 #include "setups/CSetupFile.h"
@@ -236,6 +238,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 // --- The support-message log. ---
 
+// The per-user folder the control keeps its log in, below a TMPDIR of the test's choosing.
+fs::path OwnFolder(const fs::path& tmp) { return tmp / ("cvn73100-" + std::to_string(::geteuid())); }
+
 struct LogCase {
   const char* name;
   // Prepares `dir` and returns the directory to use as TMPDIR; nullopt when the fault cannot be made here.
@@ -244,42 +249,55 @@ struct LogCase {
 
 void PrintTo(const LogCase& c, std::ostream* os) { *os << c.name; }
 
+class WarningHost : public SilentHost {
+ public:
+  void Warning(const std::string& text) override { warnings.push_back(text); }
+  std::vector<std::string> warnings;
+};
+
 class UnusableLog : public ::testing::TestWithParam<LogCase> {
  protected:
   void SetUp() override {
     RegisterComponents();
+    Host::SetCurrent(&host);
     WriteWholeFile(victim, "not yours\n");
   }
   void TearDown() override {
+    Host::SetCurrent(nullptr);
     CDebug::SetInstance(nullptr);
     Components::SetIOManagerFactory(nullptr);
   }
-  // The error a fresh control raises when it starts its log; 0 when it starts.
-  std::int32_t ConstructionError() {
-    try {
-      Cvn73100Scope control;
-    } catch (const ScopeError& e) {
-      return e.Number();
-    }
-    return 0;
-  }
 
+  WarningHost host;
   TempDir dir;
   fs::path victim = dir.Path() / "victim";
+  ScopedEnv noRuntimeDir{"XDG_RUNTIME_DIR", std::nullopt};
 };
 
-TEST_P(UnusableLog, TheControlRaisesPathFileAccessAndWritesNothingThroughALink) {
+// A log that cannot be opened is no reason to refuse work: the control starts without it, says so once,
+// and writes nothing through a link or into a folder that is not the user's own.
+TEST_P(UnusableLog, TheControlStartsWithoutItsLogAndWarnsOnce) {
   const auto tmp = GetParam().prepare(dir.Path());
   if (!tmp) GTEST_SKIP() << "this fault cannot be made with the rights of this process";
   ScopedEnv env("TMPDIR", tmp->string());
-  EXPECT_EQ(ConstructionError(), kPathFileAccessError);
+  {
+    Cvn73100Scope control;
+    EXPECT_EQ(control.SupportMessageMode() & CDebug::MODE_LOG, 0);
+    MemoryPropertyBag logOn;
+    logOn.Set("DebugEnableMessageLog", Variant(true));
+    control.ReadProperties(logOn);
+  }
+  ASSERT_EQ(host.warnings.size(), 1u);
+  EXPECT_NE(host.warnings[0].find("Path/File access error"), std::string::npos) << host.warnings[0];
   EXPECT_EQ(ReadWholeFile(victim), "not yours\n");
-  EXPECT_FALSE(fs::exists(dir.Path() / "elsewhere"));
+  EXPECT_FALSE(fs::is_regular_file(dir.Path() / "elsewhere"));
+  EXPECT_FALSE(fs::exists(dir.Path() / "elsewhere" / CDebug::LOG_FILE_NAME));
 }
 
 fs::path WithLinkAtTheLog(const fs::path& dir, const fs::path& to) {
-  fs::create_directory(dir / "tmp");
-  fs::create_symlink(to, dir / "tmp" / CDebug::LOG_FILE_NAME);
+  fs::create_directories(OwnFolder(dir / "tmp"));
+  fs::permissions(OwnFolder(dir / "tmp"), fs::perms::owner_all);
+  fs::create_symlink(to, OwnFolder(dir / "tmp") / CDebug::LOG_FILE_NAME);
   return dir / "tmp";
 }
 
@@ -300,21 +318,36 @@ INSTANTIATE_TEST_SUITE_P(
                   if (::geteuid() == 0 && !SetImmutable(dir / "ro", true)) return std::nullopt;
                   return dir / "ro";
                 }},
+        LogCase{"OwnFolderOpenToOthers",
+                [](const fs::path& dir) {
+                  fs::create_directories(OwnFolder(dir / "tmp"));
+                  fs::permissions(OwnFolder(dir / "tmp"), fs::perms::all);
+                  return std::optional(dir / "tmp");
+                }},
+        LogCase{"OwnFolderIsALink",
+                [](const fs::path& dir) {
+                  fs::create_directories(dir / "tmp");
+                  fs::create_directory(dir / "elsewhere");
+                  fs::permissions(dir / "elsewhere", fs::perms::owner_all);
+                  fs::create_directory_symlink(dir / "elsewhere", OwnFolder(dir / "tmp"));
+                  return std::optional(dir / "tmp");
+                }},
         LogCase{"LinkToAFile", [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "victim")); }},
         LogCase{"LinkToNothing",
                 [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "elsewhere")); }}),
     [](const ::testing::TestParamInfo<LogCase>& param) { return std::string(param.param.name); });
 
-// A link planted after the control started: switching the log on again must refuse it as well.
+// A link planted after the control started: switching the log on explicitly must refuse it with an error.
 TEST(UnusableLogLater, ALinkPlantedWhileTheControlRunsIsRefused) {
   TempDir dir;
   RegisterComponents();
+  ScopedEnv noRuntimeDir("XDG_RUNTIME_DIR", std::nullopt);
   ScopedEnv env("TMPDIR", dir.Path().string());
   const fs::path victim = dir.Path() / "victim";
   WriteWholeFile(victim, "not yours\n");
   {
     Cvn73100Scope control;
-    const fs::path log = dir.Path() / CDebug::LOG_FILE_NAME;
+    const fs::path log = OwnFolder(dir.Path()) / CDebug::LOG_FILE_NAME;
     ASSERT_TRUE(fs::is_regular_file(log));
     fs::remove(log);
     fs::create_symlink(victim, log);

@@ -12,7 +12,7 @@ from cvn73100 import sim
 
 PACKAGE = pathlib.Path(cvn73100.__file__).parent
 # Written in Python with instance attributes the stub spells out; nothing to compare.
-PURE_PYTHON = {"ScopeError", "ScopeIndexError", "ScopeKeyError"}
+PURE_PYTHON = {name for name in cvn73100.__all__ if name.startswith("Scope") and name.endswith("Error")}
 
 
 def public(names):

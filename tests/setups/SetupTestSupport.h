@@ -114,6 +114,8 @@ class FakeServer : public IAutomationServer {
   void OpenConnection(const std::string&, std::int32_t) override {}
   void CloseConnection() override {}
   std::string ConnectionName() override { return "fake"; }
+  std::int32_t Timeout() const override { return 0; }
+  void SetTimeout(std::int32_t) override {}
   IAcquisition& Acquisition() override { throw std::logic_error("unused"); }
   IAnalogChannels& AnalogChannels() override { throw std::logic_error("unused"); }
   ILogicChannel& LogicChannel() override { throw std::logic_error("unused"); }
