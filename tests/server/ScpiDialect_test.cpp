@@ -92,6 +92,32 @@ TEST_P(Lines, EveryEnumeratedValueIsSetAndReadBack) {
 
 INSTANTIATE_TEST_SUITE_P(Server, Lines, ::testing::Values("GPIB0::7::INSTR", "COM1::Handshake=DTR_DSR", "GPIB2::7::INSTR"));
 
+// With XON/XOFF flow control the line itself takes the bytes 0x11 and 0x13: waveforms come as text, and the
+// binary transfers are refused before a byte is sent, naming the remedy.
+TEST(XonXoffLine, BinaryTransfersAreRefusedAndWaveformsComeAsText) {
+  test::SimulatedScope sim;
+  sim::InstrumentPort port(*sim.serialScope, sim::InstrumentPort::Line::Serial);
+  sim::PtyServer pty(port);
+  auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText("COM1 = " + pty.DevicePath() + "\n"));
+  Cvn73100Server server(manager);
+  server.OpenConnection("COM1::Handshake=XON_XOFF");
+  const std::function<void()> binary[] = {[&] { server.GetScreenImage(); },
+                                          [&] { server.Utilities().ReadStateData(); },
+                                          [&] { server.Utilities().WriteStateData(Bytes{0x11, 0x13}); }};
+  for (const auto& transfer : binary) {
+    try {
+      transfer();
+      ADD_FAILURE() << "a binary transfer crossed an XON/XOFF line";
+    } catch (const ScopeError& error) {
+      EXPECT_EQ(ServerErrorCondition(error), SERVERERR_UNSUPPORTED);
+      EXPECT_NE(error.Description().find("Handshake=DTR_DSR"), std::string::npos) << error.Description();
+    }
+  }
+  Variant time, volts;
+  server.GetWaveformData(Cvn73100_Channel_1, Cvn73100_DataPoints_1000, time, volts);
+  EXPECT_EQ(volts.AsDoubles().size(), 1000u);
+}
+
 // Commands the instrument refuses, sent through the channel the server uses.
 TEST(InstrumentErrors, TheErrorNamesNumberTextAndCommand) {
   test::SimulatedScope sim;
