@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "platform/Components.h"
 #include "server/BlockReader.h"
@@ -106,7 +107,12 @@ Record FetchRecord(ScpiChannel& channel, const std::string& source, Cvn73100_Wav
   Record record;
   record.preamble = Preamble::Parse(channel.Query(":WAVeform:PREamble?"));
   if (record.preamble.format != format) throw ServerError(SERVERERR_BAD_REPLY, "waveform format not as asked");
-  const Bytes data = channel.QueryBlock(":WAVeform:DATA?", BlockReader::WAVEFORM_CAP);
+  // A binary record's length follows from the preamble; ASCII numbers have no fixed width.
+  std::optional<std::size_t> expected;
+  if (format != FORMAT_ASCII) {
+    expected = static_cast<std::size_t>(record.preamble.points) * (format == FORMAT_WORD ? 2 : 1);
+  }
+  const Bytes data = channel.QueryBlock(":WAVeform:DATA?", BlockReader::WAVEFORM_CAP, expected);
   record.codes = Codes(data, format);
   if (record.codes.size() != static_cast<std::size_t>(record.preamble.points)) {
     throw ServerError(SERVERERR_BAD_REPLY, std::to_string(data.size()) + " bytes of waveform data for " +

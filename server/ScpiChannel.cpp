@@ -166,10 +166,12 @@ std::int32_t ScpiChannel::ReadBytes(std::int32_t count, Bytes& buffer) {
   return Reading([&](IInstrumentIO& io) { return io.ReadBytes(count, buffer); });
 }
 
-Bytes ScpiChannel::ReadBlock(std::size_t cap) {
+Bytes ScpiChannel::ReadBlock(std::size_t cap, std::optional<std::size_t> expected) {
   IInstrumentIO& io = IO();
   try {
-    return BlockReader(io, cap, BlockReader::AllowancePerByte(io)).Read();
+    BlockReader reader(io, cap, BlockReader::AllowancePerByte(io));
+    if (expected) reader.Expect(*expected);
+    return reader.Read();
   } catch (const ScopeError&) {
     // The rest of a refused, broken or late reply must not be taken for the answer to the next query; on a
     // serial line more of it may still be on its way.
@@ -300,8 +302,8 @@ bool ScpiChannel::QueryBoolean(const std::string& query) {
   return scpi::KeywordReply<std::int32_t>(reply, scpi::ON_OFF, "on/off state") != 0;
 }
 
-Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap) {
-  return Asking(query, [&] { return ReadBlock(cap); });
+Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap, std::optional<std::size_t> expected) {
+  return Asking(query, [&] { return ReadBlock(cap, expected); });
 }
 
 void ScpiChannel::WriteBlock(const std::string& header, const Bytes& data) {

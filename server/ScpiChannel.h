@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,7 +46,7 @@ class ScpiChannel {
   std::int32_t ReadBytes(std::int32_t count, Bytes& buffer);
   // Reads a definite-length block of at most `cap` bytes. A failed transfer clears the channel so the next
   // command starts on an empty line.
-  Bytes ReadBlock(std::size_t cap);
+  Bytes ReadBlock(std::size_t cap, std::optional<std::size_t> expected = std::nullopt);
 
   void Write(const std::string& command);
   // Sends a settings command and the error query in one message; an entry in the instrument's error queue
@@ -67,7 +68,7 @@ class ScpiChannel {
   std::vector<std::string> DrainErrors();
   // Sends `query` and reads the definite-length block of its reply (ReadBlock); a refused query is reported
   // as Query reports it.
-  Bytes QueryBlock(const std::string& query, std::size_t cap);
+  Bytes QueryBlock(const std::string& query, std::size_t cap, std::optional<std::size_t> expected = std::nullopt);
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
 
