@@ -34,6 +34,10 @@ std::string JsonString(const std::string& text) {
   return out.str();
 }
 
+std::string Reply(const CliContext& context, const std::string& text) {
+  return context.outIsTerminal ? ConsoleHost::ToTerminal(text) : text;
+}
+
 int ReportError(CliContext& context, const ScopeError& error) {
   if (context.json) {
     context.out << "{\"error\": {\"number\": " << error.Number() << ", \"source\": " << JsonString(error.Source())

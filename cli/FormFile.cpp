@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "platform/ScopeError.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -132,7 +133,7 @@ std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
     order.push_back(key);
   }
   // The keys' order is the order the control wrote them in; JSON objects do not keep it.
-  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2) + "\n";
+  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
 }
 
 void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -13,6 +14,7 @@
 #include "cli/ScopeSession.h"
 #include "control/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -68,11 +70,16 @@ WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, st
 std::string WaveformCsv(const WaveformCapture& capture) {
   std::string csv = "time,volts\n";
   const std::size_t n = std::min(capture.seconds.size(), capture.volts.size());
-  char line[64];
-  for (std::size_t i = 0; i < n; ++i) {
-    std::snprintf(line, sizeof line, "%.10g,%.10g\n", capture.seconds[i], capture.volts[i]);
-    csv += line;
-  }
+  // A sample without a value (the instrument's overrange arrives as NaN) is an empty field; one that is
+  // infinite is "nan", so that no reader takes it for a number.
+  const auto field = [](double value) -> std::string {
+    if (std::isnan(value)) return "";
+    if (!std::isfinite(value)) return "nan";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", value);
+    return text;
+  };
+  for (std::size_t i = 0; i < n; ++i) csv += field(capture.seconds[i]) + "," + field(capture.volts[i]) + "\n";
   return csv;
 }
 
@@ -105,9 +112,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const std::string identity = control.Connection()->IDNQuery();
     if (context.json)
-      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump() << "\n";
+      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
-      context.out << identity << "\n";
+      context.out << Reply(context, identity) << "\n";
     session.Finish();
   });
 
@@ -118,9 +125,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const std::vector<std::string> entries = DrainErrors(session.Control());
     if (context.json) {
-      context.out << json{{"errors", entries}}.dump() << "\n";
+      context.out << json{{"errors", entries}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     } else {
-      for (const std::string& entry : entries) context.out << entry << "\n";
+      for (const std::string& entry : entries) context.out << Reply(context, entry) << "\n";
       if (entries.empty()) context.out << "0,\"No error\"\n";
     }
     session.Finish();
@@ -138,7 +145,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     session.Control().Output(Variant(*command));
     if (!*noCheck) CheckErrors(session.Control(), *command);
-    if (context.json) context.out << json{{"written", *command}}.dump() << "\n";
+    if (context.json) context.out << json{{"written", *command}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     session.Finish();
   });
 
@@ -181,7 +188,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
           result["hex"] = Hex(bytes);
         else
           result["file"] = Absolute(queryOptions->output);
-        context.out << result.dump() << "\n";
+        context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       } else if (queryOptions->output.empty()) {
         context.out << Hex(bytes) << "\n";
       } else {
@@ -190,9 +197,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     } else {
       const std::string text = reply.AsString();
       if (context.json)
-        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump() << "\n";
+        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       else
-        context.out << text << "\n";
+        context.out << Reply(context, text) << "\n";
     }
     session.Finish();
   });
@@ -236,7 +243,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
         result["time"] = capture.seconds;
         result["volts"] = capture.volts;
       }
-      context.out << result.dump() << "\n";
+      context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     } else if (toStdout) {
       context.out << csv;
     } else {
@@ -274,7 +281,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     const auto size = std::filesystem::file_size(screenshotOptions->file, ec);
     const std::string path = Absolute(screenshotOptions->file);
     if (context.json)
-      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump() << "\n";
+      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
       context.out << "Screen image (" << ImageExtension(format) << ", " << (ec ? 0 : size) << " bytes) written to "
                   << path << "\n";

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <unistd.h>
 
 #include "cli/CliContext.h"
 #include "cli/FormFile.h"
@@ -11,6 +12,7 @@ using namespace cvn73100;
 
 int main(int argc, char** argv) {
   CliContext context;
+  context.outIsTerminal = ::isatty(STDOUT_FILENO) != 0;
   CLI::App app{"cvnscope: find, test and control 73100-family oscilloscopes over GPIB and RS-232.\n"
                "With no I/O configuration the built-in simulated instrument answers on GPIB0.\n"
                "Exit status: 0 done, 1 error, 2 usage, 3 cancelled at a question, 10+code for `test`."};

@@ -362,5 +362,31 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_EQ(r.out, std::string(SUPPORTED_IDN) + "\n") << r.err;
 }
 
+// An instrument whose identity is not text: raw into a pipe, valid JSON with U+FFFD, escaped in the table.
+const std::string HOSTILE_MANUFACTURER = "Bad\xFF\x1B[2J\xC2\x9B" "Co";
+
+class HostileReplies : public SerialCli {
+ protected:
+  static sim::InstrumentConfig Hostile() {
+    sim::InstrumentConfig config;
+    config.identity.manufacturer = HOSTILE_MANUFACTURER;
+    return config;
+  }
+  sim::Instrument hostile{Hostile()};
+  sim::InstrumentPort hostilePort{hostile, sim::InstrumentPort::Line::Serial};
+  sim::PtyServer hostilePty{hostilePort};
+};
+
+TEST_F(HostileReplies, BytesThatAreNotTextReachPipesRawJsonValidAndTheTableEscaped) {
+  env["CVN73100_COM1"] = hostilePty.DevicePath();
+  ASSERT_EQ(Run({"use", "COM1::Handshake=DTR_DSR", "--yes"}).status, 0);
+  EXPECT_TRUE(Contains(Run({"idn"}).out, HOSTILE_MANUFACTURER));
+  const json idn = json::parse(Run({"--json", "idn"}).out);
+  EXPECT_TRUE(Contains(idn["identity"].get<std::string>(), "Bad\xEF\xBF\xBD\x1B[2J")) << idn.dump();
+  const std::string table = Run({"search"}).out;
+  EXPECT_TRUE(Contains(table, "Bad\xEF\xBF\xBD\\x1B[2J\\xC2\\x9BCo")) << table;
+  EXPECT_FALSE(Contains(table, "\x1B")) << table;
+}
+
 }  // namespace
 }  // namespace cvn73100
