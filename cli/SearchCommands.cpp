@@ -175,6 +175,7 @@ void RegisterUse(CLI::App& app, CliContext& context) {
   use->callback([&context, target] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
+    const std::string addressBefore = control.Address();
     const std::vector<TableRow> table = SearchResultsFile(session.FormPath()).Load();
 
     const TableRow* chosen = nullptr;
@@ -210,6 +211,13 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     if (!chosen) page.Test_Click();
     page.PropertyPage_ApplyChanges();
     page.PropertyPage_Terminate();
+    // A question answered Cancel (at the prompt, or for want of a terminal) leaves the form as it was.
+    if (context.host.Cancelled() > 0) {
+      context.exitStatus = ExitStatus::CANCELLED;
+      if (context.json) context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      else context.err << "Cancelled: the address stays " << addressBefore << ".\n";
+      return;
+    }
 
     if (context.json) {
       context.out << json{{"address", control.Address()},

@@ -351,8 +351,12 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, TestBox(0, "COM1", SUPPORTED_IDN));
 
-  // XON/XOFF for a supported instrument: the handshake warning comes once, through the console host.
+  // XON/XOFF for a supported instrument: the handshake warning asks to continue; without a terminal that is
+  // Cancel and nothing changes. With --yes it comes once, through the console host.
   r = Run({"use", "COM1"});
+  EXPECT_EQ(r.status, 3) << r.err;  // cancelled
+  EXPECT_TRUE(Contains(r.err, "Cancelled: the address stays GPIB0::7::INSTR")) << r.err;
+  r = Run({"use", "COM1", "--yes"});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_TRUE(Contains(r.out, "The Handshake setting for the current COM port is not correct.")) << r.out;
   EXPECT_TRUE(Contains(r.out, "Address: COM1\n")) << r.out;
