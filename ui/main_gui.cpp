@@ -16,6 +16,7 @@
 #include "server/Cvn73100Server.h"
 #include "ui/Cvn73100ScopeWidget.h"
 #include "ui/QtHost.h"
+#include "ui/QuitOnSignal.h"
 #include "ui/ScopeMainWindow.h"
 #include "ui/ScreenshotTour.h"
 #include "ui/SetupsPage.h"
@@ -100,6 +101,12 @@ int main(int argc, char** argv) {
     QApplication::installTranslator(&qtTexts);
   }
   window.show();
+  // Stopped by the session or by Ctrl-C, the program leaves as its window's close does: the form is saved.
+  ui::QuitOnSignal quitOnSignal([&window] {
+    QApplication::closeAllWindows();
+    if (window.isVisible()) window.close();
+    QApplication::quit();
+  });
 
   if (touring) {
     window.SetSaveOnClose(false);
