@@ -83,6 +83,10 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
     }
     const int base = LanguageSelection::Check(country).base;
     const std::string text = Messages::LoadIn(base, number);
+    if (text.empty()) {
+      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
+                       "Message " + std::to_string(number) + " is not in the catalogue.");
+    }
     if (context.json)
       context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";
     else

@@ -11,8 +11,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "platform/ScopeError.h"
 #include "cli/JsonText.h"
+#include "platform/ScopeError.h"
+#include "platform/UserFolders.h"
 
 namespace cvn73100 {
 namespace {
@@ -115,14 +116,11 @@ void WriteWhole(int fd, const std::string& text, const std::string& path) {
 FormFile::FormFile(std::string path) : m_path(std::move(path)) {}
 
 std::string FormFile::DefaultPath() {
-  std::string base;
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
-    base = xdg;
-  else if (const char* home = std::getenv("HOME"); home && *home)
-    base = std::string(home) + "/.config";
-  else
-    base = ".";
-  return base + "/cvn73100/form.json";
+  const std::string config = ConfigFolder();
+  if (config.empty()) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, "No home folder for the form file: set HOME or use --form.");
+  }
+  return config + "/cvn73100/form.json";
 }
 
 std::string FormFile::ToJson(const MemoryPropertyBag& bag) {

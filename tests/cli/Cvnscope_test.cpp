@@ -90,7 +90,34 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{{"setup", "get", "a|b"}, 1, "Names may not contain spaces"},
         FailureCase{{"setup", "show", "missing.scp"}, 1, "File not found"},
         FailureCase{{"waveform", "--points", "7"}, 2, "--points"},
-        FailureCase{{"frobnicate"}, 2, ""}));
+        FailureCase{{"frobnicate"}, 2, ""},
+        FailureCase{{"message", "99999"}, 1, "Message 99999 is not in the catalogue."}));
+
+// Habits of command-line tools: the version, usage errors as JSON, completions drawn from the command tree.
+TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* stdoutPart;
+  } cases[] = {
+      {{"--version"}, 0, "cvnscope "},
+      {{"--json", "waveform", "--points", "7"}, 2, "{\"error\": {\"usage\": \"--points"},
+      {{"frobnicate", "--json"}, 2, "{\"error\": {\"usage\": "},
+      {{"completion", "fish"}, 0, "complete -c cvnscope -f -n '__fish_seen_subcommand_from setup; and not"},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = Run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args[0] << ": " << r.err;
+    EXPECT_TRUE(Contains(r.out, c.stdoutPart)) << c.args[0] << ": " << r.out;
+  }
+  const std::filesystem::path script = dir / "cvnscope.bash";
+  std::ofstream(script) << Run({"completion", "bash"}).out;
+  const std::string complete = "bash -c 'source " + script.string() +
+                               "; COMP_WORDS=(cvnscope --json setup s); COMP_CWORD=3; _cvnscope; "
+                               "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
+  ASSERT_EQ(std::system(complete.c_str()), 0);
+  EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
+}
 
 TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const RunResult r = Run({"--json", "test", "GPIB9::1::INSTR"});
