@@ -14,6 +14,7 @@
 
 #include "cli/FormMerge.h"
 #include "cli/JsonText.h"
+#include "platform/AtomicFile.h"
 #include "platform/ScopeError.h"
 #include "platform/UserFolders.h"
 
@@ -101,16 +102,6 @@ Variant FromJsonValue(const json& value, int depth = 0) {
     return Variant(std::move(array));
   }
   throw RuntimeError(ERR_TYPE_MISMATCH, SOURCE);
-}
-
-void WriteWhole(int fd, const std::string& text, const std::string& path) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) throw FormError(path, std::strerror(errno));
-    done += static_cast<std::size_t>(n);
-  }
 }
 
 }  // namespace
@@ -214,28 +205,13 @@ MemoryPropertyBag FormFile::SaveChanges(const MemoryPropertyBag& base, const Mem
 }
 
 void FormFile::Save(const MemoryPropertyBag& bag) const {
-  const std::filesystem::path target(m_path);
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
   std::error_code ec;
-  if (target.has_parent_path()) std::filesystem::create_directories(target.parent_path(), ec);
-  std::string temp = m_path + ".XXXXXX";
-  const int fd = ::mkstemp(temp.data());
-  if (fd < 0) throw FormError(m_path, std::strerror(errno));
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
   try {
-    WriteWhole(fd, ToJson(bag), m_path);
-    if (::fsync(fd) != 0) throw FormError(m_path, std::strerror(errno));
-  } catch (...) {
-    ::close(fd);
-    ::unlink(temp.c_str());
-    throw;
-  }
-  if (::close(fd) != 0) {
-    ::unlink(temp.c_str());
-    throw FormError(m_path, std::strerror(errno));
-  }
-  if (std::rename(temp.c_str(), m_path.c_str()) != 0) {
-    const std::string why = std::strerror(errno);
-    ::unlink(temp.c_str());
-    throw FormError(m_path, why);
+    ReplaceFileAtomically(m_path, {ToJson(bag)});
+  } catch (const AtomicFileError& error) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
   }
 }
 
