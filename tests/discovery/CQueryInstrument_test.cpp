@@ -10,7 +10,7 @@
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Os.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
@@ -414,10 +414,6 @@ const TextCase kEnglishTexts[] = {
      "Success -- Instrument was found and is a supported QD 73100-Series Scope.\r\n\r\n"
      "The instrument's *IDN? response was:\r\n\r\n    ABC,73135D,QX1,A.02.10\r\n\r\n"
      "At address:\r\n\r\n    GPIB0::7::INSTR"},
-    {"COM1::Handshake=DTR_DSR", "ABC,73135D,QX1,A.02.10", RS232_HandShake_DTR_DSR, IDNSupported,
-     "Success -- Instrument was found and is a supported QD 73100-Series Scope.\r\n\r\n"
-     "The instrument's *IDN? response was:\r\n\r\n    ABC,73135D,QX1,A.02.10\r\n\r\n"
-     "At address:\r\n\r\n    COM1"},
     {"COM1", "ABC,73135D,QX1,A.02.10", RS232_HandShake_XON_XOFF, IDNSupported,
      "Success -- Instrument was found and is a supported QD 73100-Series Scope.\r\n\r\n"
      "    Caution -- The Handshake setting for this COM port is not correct.\r\n\r\n"
@@ -429,22 +425,6 @@ const TextCase kEnglishTexts[] = {
      "    to DTR/DSR.\r\n\r\n"
      "The instrument's *IDN? response was:\r\n\r\n    ABC,73135D,QX1,A.02.10\r\n\r\n"
      "At address:\r\n\r\n    COM1"},
-    {"COM1", "ABC,73199B,1,A", RS232_HandShake_XON_XOFF, IDNUnsupportedModel,
-     "Instrument was found -- but is not a supported QD 73100-Series Scope.\r\n\r\n"
-     "The instrument's *IDN? response was:\r\n\r\n    ABC,73199B,1,A\r\n\r\nAt address:\r\n\r\n    COM1"},
-    {"GPIB2::15::INSTR", "ABC,12345A,1,A", RS232_HandShake_XON_XOFF, IDNNotFamily,
-     "Instrument was found -- but is not an QD 73100-Series Scope\r\nand is not compatible with this software.\r\n\r\n"
-     "The instrument's *IDN? response was:\r\n\r\n    ABC,12345A,1,A\r\n\r\nAt address:\r\n\r\n    GPIB2::15::INSTR"},
-    {"GPIB2::15::INSTR", "73135D", RS232_HandShake_XON_XOFF, IDNNotIEEE4882,
-     "Instrument was found -- but is not an IEEE 488.2 compliant QD 73100-Series Scope\r\n"
-     "and is not compatible with this software.\r\n\r\n"
-     "The instrument's *IDN? response was:\r\n\r\n    73135D\r\n\r\nAt address:\r\n\r\n    GPIB2::15::INSTR"},
-    {"GPIB0::7::INSTR", "", RS232_HandShake_XON_XOFF, IDNNoResponse,
-     "Instrument NOT found.\r\n\r\nAt address:\r\n\r\n    GPIB0::7::INSTR\r\n\r\n\r\n"
-     "If there is an instrument at this address:\r\n\r\n---- Check the physical connection.\r\n\r\n"
-     "If there is no instrument or if the instrument is not IEEE-488.2\r\n"
-     "compliant, you may want to exclude this address from future\r\n"
-     "searches using the Search Criteria property page."},
     {"COM1::Baud=19200", "", RS232_HandShake_XON_XOFF, IDNNoResponse,
      "Instrument NOT found.\r\n\r\nAt address:\r\n\r\n    COM1\r\n\r\n\r\n"
      "If there is an instrument at this address:\r\n\r\n---- Check the physical connection.\r\n"
@@ -475,6 +455,22 @@ TEST_F(CQueryInstrumentFake, TestShowsTheEnglishTexts) {
     EXPECT_EQ(host.boxes[0].style, 65600);
     EXPECT_EQ(host.boxes[0].title, "QD 73100 Instrument Test Result");
     EXPECT_EQ(host.boxes[0].prompt, c.text);
+  }
+}
+
+// The other results differ from those above in their heading only.
+TEST_F(CQueryInstrumentFake, EachResultHasItsHeading) {
+  const std::pair<std::int16_t, const char*> cases[] = {
+      {IDNUnsupportedModel, "Instrument was found -- but is not a supported QD 73100-Series Scope.\r\n"},
+      {IDNNotFamily, "Instrument was found -- but is not an QD 73100-Series Scope\r\nand is not compatible"},
+      {IDNNotIEEE4882, "Instrument was found -- but is not an IEEE 488.2 compliant QD 73100-Series Scope\r\n"},
+      {IDNNoResponse,
+       "Instrument NOT found.\r\n\r\nAt address:\r\n\r\n    GPIB2::15::INSTR\r\n\r\n\r\n"
+       "If there is an instrument at this address:\r\n\r\n---- Check the physical connection.\r\n\r\n"},
+  };
+  for (const auto& [code, heading] : cases) {
+    const std::string text = query.TestMessage(code, "GPIB2::15::INSTR", "A,B");
+    EXPECT_EQ(text.rfind(heading, 0), 0u) << text;
   }
 }
 

@@ -16,7 +16,7 @@
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
