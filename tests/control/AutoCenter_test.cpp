@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
