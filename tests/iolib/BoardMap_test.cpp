@@ -103,7 +103,6 @@ struct LoadCase {
 TEST(BoardMapTest, LoadFromFileAndEnvironment) {
   const LoadCase cases[] = {
       {.name = "nothing configured", .embedded = true, .gpib0 = GpibKind::Simulated},
-      {.name = "no home at all", .environment = {}, .configPath = "", .embedded = true, .gpib0 = GpibKind::Simulated},
       {.name = "XDG before HOME",
        .environment = {{"HOME", "/home/u"}, {"XDG_CONFIG_HOME", "/xdg"}},
        .files = {{"/xdg/cvn73100/io.conf", "GPIB1 = linux-gpib:0\n"}, {kHomeConf, "COM1 = sim\n"}},

@@ -69,34 +69,6 @@ TEST_F(DialogsTest, SetupFormStaysOpenUntilTheTextsAreAcceptable) {
   }
 }
 
-TEST_F(DialogsTest, SetupFormDrawsItsPurposeAndEscapeCancels) {
-  struct Case {
-    FrmSetup::Purpose purpose;
-    QString title;
-    bool checkBox;
-  };
-  for (const Case& c :
-       {Case{FrmSetup::Purpose::Add, "Add New Setup", true}, Case{FrmSetup::Purpose::Edit, "Edit Setup", false}}) {
-    SCOPED_TRACE(c.title.toStdString());
-    FrmSetup form;
-    form.Update(c.purpose, "Old", "note", false);
-    test::AnswerNextModal<FrmSetupDialog>([&](FrmSetupDialog* dialog) {
-      EXPECT_EQ(dialog->windowTitle(), c.title);
-      EXPECT_EQ(dialog->findChild<QLineEdit*>("Name")->text(), "Old");
-      EXPECT_EQ(dialog->findChild<QLineEdit*>("Comments")->text(), "note");
-      auto* check = dialog->findChild<QCheckBox*>("GetSetupFromInstrument");
-      EXPECT_EQ(check->isVisible(), c.checkBox);
-      EXPECT_EQ(check->text(), "Get Setup From Instrument");
-      EXPECT_FALSE(check->isChecked());
-      dialog->findChild<QLineEdit*>("Name")->setText("Changed");
-      QTest::keyClick(dialog, Qt::Key_Escape);
-    });
-    FrmSetupDialog::ShowModal(form, QApplication::font(), nullptr);
-    EXPECT_EQ(form.GetResult(), FrmSetup::Result::Cancel);
-    EXPECT_EQ(form.Name(), "Old") << "a cancelled edit hands nothing back";
-  }
-}
-
 TEST_F(DialogsTest, SearchResultsCheckBoxesFollowTheModelAndHandTheTicksBack) {
   // COM1 answered; COM3 was excluded before; the user excludes COM2 and includes COM3 again.
   FrmSearchResults model;
