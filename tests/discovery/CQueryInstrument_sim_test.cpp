@@ -1,6 +1,5 @@
 // The identification query through the real I/O library: the simulated GPIB bus in this process, and a
 // simulated instrument behind a pseudo-terminal reached through the serial backend.
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +12,7 @@
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "tests/support/Process.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
@@ -23,15 +23,6 @@ using ::testing::StartsWith;
 
 const sim::Identity kSupported{"Corvane Technologies", "73135D", "QX40001234", "A.02.10"};
 const sim::Identity kOtherSupported{"ACME", "73105B", "1", "B.01"};
-
-int OpenFileDescriptors() {
-  int count = 0;
-  if (DIR* dir = opendir("/proc/self/fd")) {
-    while (readdir(dir)) ++count;
-    closedir(dir);
-  }
-  return count;
-}
 
 class CQueryInstrumentSim : public ::testing::Test {
  protected:
@@ -117,7 +108,7 @@ TEST_F(CQueryInstrumentSim, ManyQueriesLeakNoFileDescriptors) {
   std::string reply;
   // The first serial open may load what the serial library keeps for the process.
   ASSERT_EQ(query.RS232IDNQuery("COM1", reply), IDNSupported);
-  const int before = OpenFileDescriptors();
+  const int before = test::OpenDescriptorCount();
   for (int i = 0; i < 40; ++i) {
     ASSERT_EQ(query.RS232IDNQuery("COM1", reply), IDNSupported) << i;
   }
@@ -126,7 +117,7 @@ TEST_F(CQueryInstrumentSim, ManyQueriesLeakNoFileDescriptors) {
     ASSERT_EQ(query.GPIBIDNQuery("GPIB0::21::INSTR", reply), IDNNoResponse) << i;
     ASSERT_EQ(query.GPIBIDNQuery("GPIB2::7::INSTR", reply), IDNPortNotFound) << i;
   }
-  EXPECT_EQ(OpenFileDescriptors(), before);
+  EXPECT_EQ(test::OpenDescriptorCount(), before);
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 #pragma once
-#include <dirent.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "iolib/IOManager.h"
@@ -17,17 +14,12 @@
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
 #include "simulator/TcpServer.h"
+#include "tests/support/Process.h"
 
 namespace cvn73100::io::test {
 
-// Open file descriptors of this process.
-inline int OpenDescriptorCount() {
-  DIR* dir = ::opendir("/proc/self/fd");
-  int count = 0;
-  while (::readdir(dir) != nullptr) ++count;
-  ::closedir(dir);
-  return count;
-}
+using cvn73100::test::OpenDescriptorCount;
+using cvn73100::test::ScopedEnv;
 
 // The I/O condition a call raises, or 0 when it returns normally.
 inline std::int32_t ConditionOf(const std::function<void()>& call) {
@@ -74,30 +66,6 @@ inline void ExpectLateReplyDropped(IInstrumentIO& io, int shortMs, int longMs) {
   EXPECT_EQ(ConditionOf([&] { io.Enter(reply); }), IOERR_TIMEOUT) << reply;
   EXPECT_EQ(Query(io, "*OPC?"), "1");
 }
-
-// Sets (or, with nullopt, removes) an environment variable for the life of the object.
-class ScopedEnv {
- public:
-  ScopedEnv(std::string name, const std::optional<std::string>& value) : m_name(std::move(name)) {
-    if (const char* old = std::getenv(m_name.c_str())) m_old = old;
-    if (value)
-      ::setenv(m_name.c_str(), value->c_str(), 1);
-    else
-      ::unsetenv(m_name.c_str());
-  }
-  ~ScopedEnv() {
-    if (m_old)
-      ::setenv(m_name.c_str(), m_old->c_str(), 1);
-    else
-      ::unsetenv(m_name.c_str());
-  }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  std::string m_name;
-  std::optional<std::string> m_old;
-};
 
 // Reads one definite-length block reply ("#NDDD<bytes>" and its LF) with ReadBytes.
 inline Bytes ReadBlock(IInstrumentIO& io) {

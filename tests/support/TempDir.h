@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "platform/ScopeError.h"
+#include "tests/support/Process.h"
 
 namespace cvn73100::test {
 
@@ -51,16 +51,12 @@ class TempDir {
 // Points TMPDIR at a private folder for the life of the object, so that logs the control writes go there.
 class ScopedTmpDir {
  public:
-  explicit ScopedTmpDir(const std::string& prefix) : m_dir(prefix) {
-    if (const char* old = std::getenv("TMPDIR")) m_old = old;
-    ::setenv("TMPDIR", m_dir.path().c_str(), 1);
-  }
-  ~ScopedTmpDir() { m_old ? (void)::setenv("TMPDIR", m_old->c_str(), 1) : (void)::unsetenv("TMPDIR"); }
+  explicit ScopedTmpDir(const std::string& prefix) : m_dir(prefix), m_env("TMPDIR", m_dir.path().string()) {}
   const TempDir& dir() const { return m_dir; }
 
  private:
-  std::optional<std::string> m_old;
   TempDir m_dir;
+  ScopedEnv m_env;
 };
 
 // Runs `action` and returns the error it raises (number 0 when it raises none).
