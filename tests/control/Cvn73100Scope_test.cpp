@@ -74,10 +74,7 @@ TEST_F(Cvn73100ScopeTest, StartsWithAFreshLogAndWritesOnlyNonDefaults) {
   EXPECT_EQ(text.rfind("Trace: UserControl_Initialize -- At: File: Cvn73100Scope; \r\n", 0), 0u) << text;
   EXPECT_EQ(scope->SupportMessageMode(), CDebug::MODE_LOG);
   EXPECT_EQ(scope->Connection()->AutomationServerAddress(), "GPIB0::7::INSTR");
-  EXPECT_EQ(scope->Setups()->Count(), 0);
   EXPECT_EQ(scope->Setups()->CCvn73100EZPtr(), scope->Connection());
-  EXPECT_EQ(scope->Connection()->IOManager(), sim.manager);
-  EXPECT_TRUE(scope->CenterPropertyPages());
   EXPECT_TRUE(host.propertyChanges.empty());
   // The control is the I/O manager's source for port detection.
   CIOconfiguration found;
@@ -243,10 +240,7 @@ TEST_F(Cvn73100ScopeTest, LinkMembersAnnounceOnlyRealChanges) {
   } flags[] = {
       {"DontShowIOHandshakeWarning", &IPPCvn73100Scope::SetDontShowIOHandshakeWarning,
        &IPPCvn73100Scope::DontShowIOHandshakeWarning},
-      {"SearchIOExists", &IPPCvn73100Scope::SetSearchIOExists, &IPPCvn73100Scope::SearchIOExists},
-      {"SearchCriteriaExists", &IPPCvn73100Scope::SetSearchCriteriaExists, &IPPCvn73100Scope::SearchCriteriaExists},
       {"SetIOExists", &IPPCvn73100Scope::SetSetIOExists, &IPPCvn73100Scope::SetIOExists},
-      {"SetupsExists", &IPPCvn73100Scope::SetSetupsExists, &IPPCvn73100Scope::SetupsExists},
       {"DTROnly", &IPPCvn73100Scope::SetDTROnly, &IPPCvn73100Scope::DTROnly},
       {"InitialSearchMode", &IPPCvn73100Scope::SetInitialSearchMode, &IPPCvn73100Scope::InitialSearchMode},
   };
