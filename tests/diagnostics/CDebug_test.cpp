@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -13,6 +12,7 @@
 #include "platform/Os.h"
 #include "platform/PropertyBag.h"
 #include "platform/ScopeError.h"
+#include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100 {
@@ -35,37 +35,17 @@ std::string MaskTime(std::string text) {
   return text;
 }
 
-struct BoxCall {
-  WindowHandle parent;
-  std::string prompt;
-  int style;
-  std::string title;
-};
-
-class RecordingHost : public Host {
- public:
-  int MsgBox(WindowHandle parent, const std::string& prompt, int style, const std::string& title) override {
-    calls.push_back({parent, prompt, style, title});
-    if (onBox) onBox();
-    return MsgBoxResult::OK;
-  }
-  std::vector<BoxCall> calls;
-  std::function<void()> onBox;
-};
-
 // A private temporary directory for the log, a recording host, and one fresh CDebug per test.
 class CDebugTest : public ::testing::Test {
  protected:
   void SetUp() override {
     m_os.SetTempPath(m_dir.string() + "/");
-    Host::SetCurrent(&m_host);
     m_debug.SupportMessage.Connect([this](const std::string& block) {
       m_events.push_back(block);
       if (m_onEvent) m_onEvent();
     });
     m_debug.PropertyChanged.Connect([this](const std::string& name) { m_changes.push_back(name); });
   }
-  void TearDown() override { Host::SetCurrent(nullptr); }
 
   fs::path LogFile() const { return m_dir / "CvnScope.DBG"; }
   std::string Log() const { return ReadAll(LogFile()); }
@@ -74,7 +54,8 @@ class CDebugTest : public ::testing::Test {
   const fs::path& m_dir = m_temp.path();
   FakeOs m_os;
   ScopedOs m_scopedOs{m_os};
-  RecordingHost m_host;
+  test::ScriptedHost m_host;
+  test::ScopedHost m_scopedHost{m_host};
   CDebug m_debug;
   std::vector<std::string> m_events;
   std::vector<std::string> m_changes;
@@ -128,14 +109,14 @@ TEST_F(CDebugTest, EachOutputOnlyWhenItsSwitchIsOn) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     m_events.clear();
-    m_host.calls.clear();
+    m_host.boxes.clear();
     fs::remove(LogFile());
     m_debug.SetMode(15);  // on and off again: 16 must really switch off what was on
     m_debug.SetMode(c.mode);
     m_debug.Assert(false, "false", "C", "P", "L");
     m_debug.Message(1, "text", "C", "P", "L");
     EXPECT_EQ(m_events.size(), c.event ? 2u : 0u);
-    EXPECT_EQ(m_host.calls.size(), c.box ? 2u : 0u);
+    EXPECT_EQ(m_host.boxes.size(), c.box ? 2u : 0u);
     EXPECT_EQ(Log().empty(), !c.log);
   }
 }
@@ -160,7 +141,7 @@ TEST_F(CDebugTest, FailedAssertionIsAppendedToTheLogAsOneLine) {
   EXPECT_EQ(MaskTime(Log()), ASSERT_BLOCK + "\r\n");
   EXPECT_EQ(m_debug.LogPath(), LogFile().string());
   EXPECT_TRUE(m_events.empty());
-  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_TRUE(m_host.boxes.empty());
 }
 
 struct BlockCase {
@@ -221,17 +202,17 @@ TEST_F(CDebugTest, TraceGoesOnlyToTheLog) {
   // Each trace line ends with CR LF, and the write adds its own line end as for a message block.
   EXPECT_EQ(Log(), "Trace:\r\n\r\nTrace: x -- At: Function: Go; \r\n\r\n");
   EXPECT_TRUE(m_events.empty());
-  EXPECT_TRUE(m_host.calls.empty());
+  EXPECT_TRUE(m_host.boxes.empty());
 }
 
 TEST_F(CDebugTest, MessageBoxShowsTheBlockThroughTheHost) {
   m_debug.SetMode(CDebug::MODE_MESSAGE_BOX);
   m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
-  ASSERT_EQ(m_host.calls.size(), 1u);
-  EXPECT_EQ(m_host.calls[0].parent, 0);
-  EXPECT_EQ(m_host.calls[0].style, 65600);
-  EXPECT_EQ(m_host.calls[0].title, "Remote Support Assistant");
-  EXPECT_EQ(MaskTime(m_host.calls[0].prompt), ASSERT_BLOCK);
+  ASSERT_EQ(m_host.boxes.size(), 1u);
+  EXPECT_EQ(m_host.boxes[0].parent, 0);
+  EXPECT_EQ(m_host.boxes[0].style, 65600);
+  EXPECT_EQ(m_host.boxes[0].title, "Remote Support Assistant");
+  EXPECT_EQ(MaskTime(m_host.boxes[0].prompt), ASSERT_BLOCK);
   EXPECT_TRUE(m_events.empty());
 }
 
@@ -242,8 +223,8 @@ TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
   m_host.onBox = [&] { logAtBox = Log(); };
   m_debug.Message(7, "order", "", "", "");
   ASSERT_EQ(m_events.size(), 1u);
-  ASSERT_EQ(m_host.calls.size(), 1u);
-  EXPECT_EQ(m_host.calls[0].prompt, m_events[0]);
+  ASSERT_EQ(m_host.boxes.size(), 1u);
+  EXPECT_EQ(m_host.boxes[0].prompt, m_events[0]);
   EXPECT_EQ(logAtEvent, "");
   EXPECT_EQ(logAtBox, m_events[0] + "\r\n");
 }

@@ -11,6 +11,7 @@
 #include "dialogs/Messages.h"
 #include "platform/Os.h"
 #include "platform/ScopeError.h"
+#include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100 {
@@ -30,14 +31,8 @@ class LanguageSelectionTest : public ::testing::Test {
     fs::create_directory(m_dir / "Help");
     m_os.SetProgramFolder(m_dir.string() + "/");
     for (int codePage : ALL_CODE_PAGES) m_os.SetDoubleByte(codePage, true);
-    CDebug::SetInstance(std::make_shared<CDebug>());
-    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
-    CDebug::Instance().SupportMessage.Connect([this](const std::string& block) { m_asserts.push_back(block); });
   }
-  void TearDown() override {
-    CDebug::SetInstance(nullptr);
-    Messages::SetLanguageBase(Messages::ENGLISH);
-  }
+  void TearDown() override { Messages::SetLanguageBase(Messages::ENGLISH); }
 
   void OnlyCodePage(int available) {
     for (int codePage : ALL_CODE_PAGES) m_os.SetDoubleByte(codePage, codePage == available);
@@ -54,7 +49,8 @@ class LanguageSelectionTest : public ::testing::Test {
   const fs::path& m_dir = m_temp.path();
   FakeOs m_os;
   ScopedOs m_scopedOs{m_os};
-  std::vector<std::string> m_asserts;
+  test::SupportLog m_support;
+  std::vector<std::string>& m_asserts = m_support.blocks;
 };
 
 struct AcceptCase {

@@ -11,6 +11,7 @@
 #include "dialogs/Messages.h"
 #include "platform/Components.h"
 #include "platform/ScopeError.h"
+#include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100::test {
@@ -18,13 +19,6 @@ namespace cvn73100::test {
 // A scratch folder per test, and the support messages raised while the test runs.
 class SetupFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    CDebug::SetInstance(std::make_shared<CDebug>());
-    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
-    CDebug::Instance().SupportMessage.Connect([this](const std::string& block) { m_messages.push_back(block); });
-  }
-  void TearDown() override { CDebug::SetInstance(nullptr); }
-
   std::string Path(const std::string& name) const { return m_temp.Path(name); }
   std::string Make(const std::string& name, const std::string& bytes) const { return m_temp.Make(name, bytes); }
   bool Asserted(const std::string& className, const std::string& procedure) const {
@@ -38,7 +32,8 @@ class SetupFileTest : public ::testing::Test {
 
   TempDir m_temp{"cvnsetups"};
   const std::filesystem::path& m_dir = m_temp.path();
-  std::vector<std::string> m_messages;
+  SupportLog m_support;
+  std::vector<std::string>& m_messages = m_support.blocks;
 };
 
 inline bool IsCatalogueError(const ScopeError& e, std::int32_t code, int source, int description) {

@@ -1,6 +1,7 @@
 #pragma once
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,9 +63,11 @@ class ScriptedHost : public Host {
   std::vector<FileDialogRequest> saveFileRequests;
   std::string clipboard;
   int processEventsCalls = 0;
+  std::function<void()> onBox;  // runs as each plain box is shown
 
   int MsgBox(WindowHandle parent, const std::string& prompt, int style, const std::string& title) override {
     boxes.push_back(Box{parent, prompt, style, title, false, std::nullopt, {}, 0});
+    if (onBox) onBox();
     return Next(msgBoxAnswers, defaultMsgBoxAnswer);
   }
   int MsgBoxPlaced(WindowHandle parent, const std::string& prompt, int style, const std::string& title,
