@@ -279,35 +279,6 @@ TEST_F(CDebugTest, SymbolicLinkAtTheLogPathIsRefused) {
   }
 }
 
-TEST_F(CDebugTest, OverlongTemporaryPathPutsTheLogInTheCurrentDirectory) {
-  // The path arrives in a 255-character buffer: 253 characters and its NUL fit, 254 do not.
-  const auto dirOfLength = [&](std::size_t length) {
-    std::string dir = m_dir.string() + "/";
-    dir += std::string(length - dir.size() - 1, 'd');
-    fs::create_directories(dir);
-    return dir + "/";
-  };
-  const std::string fits = dirOfLength(253);
-  m_os.SetTempPath(fits);
-  CDebug first;
-  first.SetMode(CDebug::MODE_LOG);
-  EXPECT_EQ(first.LogPath(), fits + "CvnScope.DBG");
-
-  struct WorkIn {
-    fs::path previous = fs::current_path();
-    explicit WorkIn(const fs::path& dir) { fs::current_path(dir); }
-    ~WorkIn() { fs::current_path(previous); }
-  };
-  m_os.SetTempPath(dirOfLength(254));
-  CDebug second;
-  {
-    WorkIn inTestDir(m_dir);
-    second.SetMode(CDebug::MODE_LOG);
-  }
-  EXPECT_EQ(second.LogPath(), "CvnScope.DBG");
-  EXPECT_TRUE(fs::exists(LogFile()));
-}
-
 TEST_F(CDebugTest, SwitchesAreSavedUnderTheirKeysInOrderDefaultsNot) {
   MemoryPropertyBag bag;
   bag.Set("DebugAssert", true);  // a value equal to its default replaces an earlier one
