@@ -33,6 +33,7 @@ struct CliContext {
   bool assumeYes = false;
   int countryCode = 0;  // 0: the form's language
   int exitStatus = ExitStatus::OK;
+  bool outIsTerminal = false;  // standard output is a terminal: instrument replies are made safe to show
   std::ostream& out = std::cout;
   std::ostream& err = std::cerr;
   ConsoleHost host{out, err};
@@ -47,6 +48,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context);
 void RegisterSetupCommands(CLI::App& app, CliContext& context);
 void RegisterConfigCommands(CLI::App& app, CliContext& context);
 void RegisterDemoCommand(CLI::App& app, CliContext& context);
+
+// An instrument's reply as `out` should carry it: raw into a pipe or file, made safe on a terminal.
+std::string Reply(const CliContext& context, const std::string& text);
 
 // Prints an error as number, source and description (or as JSON) and gives the exit status.
 int ReportError(CliContext& context, const ScopeError& error);

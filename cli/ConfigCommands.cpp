@@ -21,6 +21,7 @@
 #include "ioconfig/IOConfigurationConstants.h"
 #include "platform/Os.h"
 #include "platform/ScopeError.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -201,7 +202,7 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
                         {"supportMessages", ModeJson(control.SupportMessageMode())},
                         {"serial", serial},
                         {"gpib", gpib}}
-                       .dump(2)
+                       .dump(2, ' ', false, kReplaceInvalidUtf8)
                 << "\n";
     return;
   }
@@ -238,7 +239,7 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
 void Saved(CliContext& context, ScopeSession& session) {
   const bool written = session.Finish();
   if (context.json)
-    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump() << "\n";
+    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
   else
     context.out << (written ? "Saved " : "Unchanged: ") << session.FormPath() << "\n";
 }
@@ -399,7 +400,7 @@ void RegisterLog(CLI::App& app, CliContext& context) {
       json result = ModeJson(current);
       result["changed"] = written;
       if (o->show) result["previousLog"] = previous ? json(*previous) : json(nullptr);
-      context.out << result.dump() << "\n";
+      context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     context.out << "Support-message mode: " << current << " (";

@@ -19,6 +19,7 @@
 #include "setups/Cvn73100PPSetup.h"
 #include "setups/SetupCvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -160,7 +161,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
                             {"version", setup->Version()},
                             {"bytes", setupBytes}}},
                           {"form", Absolute(formPath)}}
-                         .dump(2)
+                         .dump(2, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }

@@ -11,7 +11,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "cli/JsonText.h"
 #include "platform/ScopeError.h"
+#include "platform/UserFolders.h"
 
 namespace cvn73100 {
 namespace {
@@ -114,14 +116,11 @@ void WriteWhole(int fd, const std::string& text, const std::string& path) {
 FormFile::FormFile(std::string path) : m_path(std::move(path)) {}
 
 std::string FormFile::DefaultPath() {
-  std::string base;
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
-    base = xdg;
-  else if (const char* home = std::getenv("HOME"); home && *home)
-    base = std::string(home) + "/.config";
-  else
-    base = ".";
-  return base + "/cvn73100/form.json";
+  const std::string config = ConfigFolder();
+  if (config.empty()) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, "No home folder for the form file: set HOME or use --form.");
+  }
+  return config + "/cvn73100/form.json";
 }
 
 std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
@@ -132,7 +131,7 @@ std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
     order.push_back(key);
   }
   // The keys' order is the order the control wrote them in; JSON objects do not keep it.
-  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2) + "\n";
+  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
 }
 
 void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {

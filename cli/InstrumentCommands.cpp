@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -13,6 +14,7 @@
 #include "cli/ScopeSession.h"
 #include "control/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -38,6 +40,19 @@ std::string Hex(const Bytes& bytes) {
 
 std::string Absolute(const std::string& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
 
+std::vector<std::string> DrainErrors(Cvn73100Scope& control) {
+  return control.Connection()->EZPtr().Utilities().DrainInstrumentErrors();
+}
+
+// Fails with what the instrument queued after `command`, so a refused command does not pass silently.
+void CheckErrors(Cvn73100Scope& control, const std::string& command) {
+  const std::vector<std::string> errors = DrainErrors(control);
+  if (errors.empty()) return;
+  std::string text;
+  for (const std::string& error : errors) text += (text.empty() ? "" : "; ") + error;
+  throw std::runtime_error("the instrument reported " + text + " after " + command);
+}
+
 }  // namespace
 
 WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, std::int32_t points) {
@@ -55,11 +70,16 @@ WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, st
 std::string WaveformCsv(const WaveformCapture& capture) {
   std::string csv = "time,volts\n";
   const std::size_t n = std::min(capture.seconds.size(), capture.volts.size());
-  char line[64];
-  for (std::size_t i = 0; i < n; ++i) {
-    std::snprintf(line, sizeof line, "%.10g,%.10g\n", capture.seconds[i], capture.volts[i]);
-    csv += line;
-  }
+  // A sample without a value (the instrument's overrange arrives as NaN) is an empty field; one that is
+  // infinite is "nan", so that no reader takes it for a number.
+  const auto field = [](double value) -> std::string {
+    if (std::isnan(value)) return "";
+    if (!std::isfinite(value)) return "nan";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", value);
+    return text;
+  };
+  for (std::size_t i = 0; i < n; ++i) csv += field(capture.seconds[i]) + "," + field(capture.volts[i]) + "\n";
   return csv;
 }
 
@@ -92,21 +112,40 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const std::string identity = control.Connection()->IDNQuery();
     if (context.json)
-      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump() << "\n";
+      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
-      context.out << identity << "\n";
+      context.out << Reply(context, identity) << "\n";
+    session.Finish();
+  });
+
+  // --- errors ---
+  auto* errors = app.add_subcommand("errors", "Read and print the instrument's error queue until it is empty");
+  errors->callback([&context] {
+    ScopeSession session(context);
+    session.Connect();
+    const std::vector<std::string> entries = DrainErrors(session.Control());
+    if (context.json) {
+      context.out << json{{"errors", entries}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+    } else {
+      for (const std::string& entry : entries) context.out << Reply(context, entry) << "\n";
+      if (entries.empty()) context.out << "0,\"No error\"\n";
+    }
     session.Finish();
   });
 
   // --- write ---
   auto command = std::make_shared<std::string>();
+  auto noCheck = std::make_shared<bool>(false);
+  const char* noCheckHelp = "Do not read the instrument's error queue afterwards";
   auto* write = app.add_subcommand("write", "Send a command to the instrument at the control's address");
   write->add_option("COMMAND", *command, "e.g. \":CHANnel1:RANGe 4\"")->required();
-  write->callback([&context, command] {
+  write->add_flag("--no-check", *noCheck, noCheckHelp);
+  write->callback([&context, command, noCheck] {
     ScopeSession session(context);
     session.Connect();
     session.Control().Output(Variant(*command));
-    if (context.json) context.out << json{{"written", *command}}.dump() << "\n";
+    if (!*noCheck) CheckErrors(session.Control(), *command);
+    if (context.json) context.out << json{{"written", *command}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     session.Finish();
   });
 
@@ -114,6 +153,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   struct QueryOptions {
     std::string command;
     bool block = false;
+    bool noCheck = false;
     std::string output;
   };
   auto queryOptions = std::make_shared<QueryOptions>();
@@ -122,13 +162,21 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   query->add_flag("--block", queryOptions->block,
                   "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
   query->add_option("-o,--output", queryOptions->output, "With --block: write the bytes to this file");
+  query->add_flag("--no-check", queryOptions->noCheck, noCheckHelp);
   query->callback([&context, queryOptions] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     control.Output(Variant(queryOptions->command));
     Variant reply;
-    control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    try {
+      control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    } catch (const std::exception&) {
+      // A refused query sends nothing; what the instrument queued says why.
+      if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
+      throw;
+    }
+    if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
     if (reply.GetType() == Variant::Type::ByteArray) {
       const Bytes& bytes = reply.AsBytes();
       if (!queryOptions->output.empty()) {
@@ -140,7 +188,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
           result["hex"] = Hex(bytes);
         else
           result["file"] = Absolute(queryOptions->output);
-        context.out << result.dump() << "\n";
+        context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       } else if (queryOptions->output.empty()) {
         context.out << Hex(bytes) << "\n";
       } else {
@@ -149,9 +197,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     } else {
       const std::string text = reply.AsString();
       if (context.json)
-        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump() << "\n";
+        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       else
-        context.out << text << "\n";
+        context.out << Reply(context, text) << "\n";
     }
     session.Finish();
   });
@@ -195,7 +243,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
         result["time"] = capture.seconds;
         result["volts"] = capture.volts;
       }
-      context.out << result.dump() << "\n";
+      context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     } else if (toStdout) {
       context.out << csv;
     } else {
@@ -233,7 +281,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     const auto size = std::filesystem::file_size(screenshotOptions->file, ec);
     const std::string path = Absolute(screenshotOptions->file);
     if (context.json)
-      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump() << "\n";
+      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
       context.out << "Screen image (" << ImageExtension(format) << ", " << (ec ? 0 : size) << " bytes) written to "
                   << path << "\n";

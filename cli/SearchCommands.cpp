@@ -13,6 +13,7 @@
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -56,7 +57,7 @@ void RegisterResources(CLI::App& app, CliContext& context) {
                           {"configFile", manager->Map().ConfigPath()},
                           {"boardMap", manager->DescribeBoardMap()},
                           {"resources", names}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }
@@ -97,7 +98,7 @@ void RegisterTest(CLI::App& app, CliContext& context) {
                           {"reply", reply},
                           {"title", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().title)},
                           {"message", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().prompt)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     }
     context.exitStatus = code == IDNSupported ? ExitStatus::OK : ExitStatus::TEST_BASE + code;
@@ -152,7 +153,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
                           {"excludedPorts", view.ExcludedPorts()},
                           {"address", control.Address()},
                           {"boxes", BoxesJson(context.host)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     } else {
       context.out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::PageCaption()) << "\n";
@@ -174,6 +175,7 @@ void RegisterUse(CLI::App& app, CliContext& context) {
   use->callback([&context, target] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
+    const std::string addressBefore = control.Address();
     const std::vector<TableRow> table = SearchResultsFile(session.FormPath()).Load();
 
     const TableRow* chosen = nullptr;
@@ -209,16 +211,23 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     if (!chosen) page.Test_Click();
     page.PropertyPage_ApplyChanges();
     page.PropertyPage_Terminate();
+    // A question answered Cancel (at the prompt, or for want of a terminal) leaves the form as it was.
+    if (context.host.Cancelled() > 0) {
+      context.exitStatus = ExitStatus::CANCELLED;
+      if (context.json) context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      else context.err << "Cancelled: the address stays " << addressBefore << ".\n";
+      return;
+    }
 
     if (context.json) {
       context.out << json{{"address", control.Address()},
                           {"identity", control.AddressInstrumentID()},
                           {"boxes", BoxesJson(context.host)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     } else {
       context.out << "Address: " << control.Address() << "\n";
-      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << control.AddressInstrumentID() << "\n";
+      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << Reply(context, control.AddressInstrumentID()) << "\n";
     }
     session.Finish();
   });

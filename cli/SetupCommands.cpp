@@ -14,6 +14,7 @@
 #include "setups/Cvn73100PPSetup.h"
 #include "setups/SetupCvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -82,7 +83,7 @@ class SetupsCommand {
           m_context.out << json{{"error",
                                  {{"source", ConsoleHost::ToTerminal(box.title)},
                                   {"description", ConsoleHost::ToTerminal(box.prompt)}}}}
-                               .dump()
+                               .dump(-1, ' ', false, kReplaceInvalidUtf8)
                         << "\n";
           break;
         }
@@ -91,7 +92,7 @@ class SetupsCommand {
     }
     if (host.Cancelled() > 0) {
       m_context.exitStatus = ExitStatus::CANCELLED;
-      if (m_context.json) m_context.out << json{{"cancelled", true}}.dump() << "\n";
+      if (m_context.json) m_context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return false;
     }
     return true;
@@ -110,7 +111,7 @@ class SetupsCommand {
       json result = SetupJson(setup);
       result["action"] = action;
       if (!file.empty()) result["file"] = file;
-      m_context.out << result.dump() << "\n";
+      m_context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     m_context.out << action << " " << setup.Name();
@@ -248,7 +249,7 @@ void RegisterShow(CLI::App& setup, CliContext& context) {
                           {"comments", read.Comments()},
                           {"bytes", LearnStringLength(read)},
                           {"empty", !read.LearnString().has_value()}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }
@@ -275,7 +276,7 @@ void RegisterList(CLI::App& setup, CliContext& context) {
         entry["current"] = row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON;
         setups.push_back(entry);
       }
-      context.out << json{{"setups", setups}}.dump() << "\n";
+      context.out << json{{"setups", setups}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     const SetupsPageCaptions captions = SetupsPageCaptions::Load();
@@ -311,7 +312,7 @@ void RegisterRemove(CLI::App& setup, CliContext& context) {
     if (!command.Succeeded()) return;
     command.Apply();
     if (context.json)
-      context.out << json{{"removed", *name}}.dump() << "\n";
+      context.out << json{{"removed", *name}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
       context.out << "Removed " << *name << "\n";
   });

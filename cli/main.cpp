@@ -1,7 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
+#include <string_view>
+#include <unistd.h>
 
 #include "cli/CliContext.h"
+#include "cli/Completion.h"
 #include "cli/FormFile.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
@@ -11,13 +15,20 @@ using namespace cvn73100;
 
 int main(int argc, char** argv) {
   CliContext context;
+  context.outIsTerminal = ::isatty(STDOUT_FILENO) != 0;
   CLI::App app{"cvnscope: find, test and control 73100-family oscilloscopes over GPIB and RS-232.\n"
                "With no I/O configuration the built-in simulated instrument answers on GPIB0.\n"
                "Exit status: 0 done, 1 error, 2 usage, 3 cancelled at a question, 10+code for `test`."};
+  app.name("cvnscope");
   app.require_subcommand(1);
   app.fallthrough();  // global options may follow the command: cvnscope message 106 --country 49
   app.set_help_all_flag("--help-all", "Show the help of every command");
-  context.formPath = FormFile::DefaultPath();
+  app.set_version_flag("--version", "cvnscope " CVN_VERSION);
+  try {
+    context.formPath = FormFile::DefaultPath();
+  } catch (const ScopeError&) {
+    // No home folder: a command that needs the form says so when it opens it; --form may name one.
+  }
   auto* form = app.add_option("--form", context.formPath, "The form file that keeps the control's properties")
                    ->capture_default_str();
   app.add_flag("--json", context.json, "Print results as JSON for scripts");
@@ -32,6 +43,10 @@ int main(int argc, char** argv) {
   RegisterSetupCommands(app, context);
   RegisterConfigCommands(app, context);
   RegisterDemoCommand(app, context);
+  auto* completion = app.add_subcommand("completion", "Print a completion script for bash, zsh or fish");
+  std::string shell;
+  completion->add_option("SHELL", shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  completion->callback([&] { context.out << CompletionScript(app, shell); });
 
   // The control's separate components: the I/O library and the automation server of the 73100 family.
   io::RegisterIOLibrary();
@@ -47,8 +62,14 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
     status = context.exitStatus;
   } catch (const CLI::ParseError& e) {
-    const int code = app.exit(e);
-    status = code == 0 ? ExitStatus::OK : ExitStatus::USAGE;
+    // --json may not have been taken yet when the command line is wrong.
+    const bool json = context.json || std::find(argv + 1, argv + argc, std::string_view("--json")) != argv + argc;
+    if (json && e.get_exit_code() != 0) {
+      context.out << "{\"error\": {\"usage\": " << JsonString(e.what()) << "}}\n";
+      status = ExitStatus::USAGE;
+    } else {
+      status = app.exit(e) == 0 ? ExitStatus::OK : ExitStatus::USAGE;
+    }
   } catch (const ScopeError& error) {
     status = ReportError(context, error);
   } catch (const std::exception& error) {

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/UserFolders.h"
+
 namespace cvn73100::io {
 namespace {
 
@@ -103,6 +105,8 @@ BoardMap BoardMap::Load(const Environment& environment, const FileReader& readFi
     path = *xdg + "/cvn73100/io.conf";
   else if (const auto home = nonEmpty("HOME"))
     path = *home + "/.config/cvn73100/io.conf";
+  else if (const std::string passwdHome = HomeFolder(); !passwdHome.empty())
+    path = passwdHome + "/.config/cvn73100/io.conf";
 
   const std::optional<std::string> text = path.empty() ? std::nullopt : readFile(path);
   BoardMap map = text ? FileDefaults() : EmbeddedDefault();

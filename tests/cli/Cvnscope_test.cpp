@@ -90,7 +90,34 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{{"setup", "get", "a|b"}, 1, "Names may not contain spaces"},
         FailureCase{{"setup", "show", "missing.scp"}, 1, "File not found"},
         FailureCase{{"waveform", "--points", "7"}, 2, "--points"},
-        FailureCase{{"frobnicate"}, 2, ""}));
+        FailureCase{{"frobnicate"}, 2, ""},
+        FailureCase{{"message", "99999"}, 1, "Message 99999 is not in the catalogue."}));
+
+// Habits of command-line tools: the version, usage errors as JSON, completions drawn from the command tree.
+TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* stdoutPart;
+  } cases[] = {
+      {{"--version"}, 0, "cvnscope "},
+      {{"--json", "waveform", "--points", "7"}, 2, "{\"error\": {\"usage\": \"--points"},
+      {{"frobnicate", "--json"}, 2, "{\"error\": {\"usage\": "},
+      {{"completion", "fish"}, 0, "complete -c cvnscope -f -n '__fish_seen_subcommand_from setup; and not"},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = Run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args[0] << ": " << r.err;
+    EXPECT_TRUE(Contains(r.out, c.stdoutPart)) << c.args[0] << ": " << r.out;
+  }
+  const std::filesystem::path script = dir / "cvnscope.bash";
+  std::ofstream(script) << Run({"completion", "bash"}).out;
+  const std::string complete = "bash -c 'source " + script.string() +
+                               "; COMP_WORDS=(cvnscope --json setup s); COMP_CWORD=3; _cvnscope; "
+                               "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
+  ASSERT_EQ(std::system(complete.c_str()), 0);
+  EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
+}
 
 TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const RunResult r = Run({"--json", "test", "GPIB9::1::INSTR"});
@@ -351,8 +378,12 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, TestBox(0, "COM1", SUPPORTED_IDN));
 
-  // XON/XOFF for a supported instrument: the handshake warning comes once, through the console host.
+  // XON/XOFF for a supported instrument: the handshake warning asks to continue; without a terminal that is
+  // Cancel and nothing changes. With --yes it comes once, through the console host.
   r = Run({"use", "COM1"});
+  EXPECT_EQ(r.status, 3) << r.err;  // cancelled
+  EXPECT_TRUE(Contains(r.err, "Cancelled: the address stays GPIB0::7::INSTR")) << r.err;
+  r = Run({"use", "COM1", "--yes"});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_TRUE(Contains(r.out, "The Handshake setting for the current COM port is not correct.")) << r.out;
   EXPECT_TRUE(Contains(r.out, "Address: COM1\n")) << r.out;
@@ -360,6 +391,32 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_FALSE(Contains(r.out, "The Handshake setting for the current COM port is not correct.")) << r.out;
   r = Run({"idn"});
   EXPECT_EQ(r.out, std::string(SUPPORTED_IDN) + "\n") << r.err;
+}
+
+// An instrument whose identity is not text: raw into a pipe, valid JSON with U+FFFD, escaped in the table.
+const std::string HOSTILE_MANUFACTURER = "Bad\xFF\x1B[2J\xC2\x9B" "Co";
+
+class HostileReplies : public SerialCli {
+ protected:
+  static sim::InstrumentConfig Hostile() {
+    sim::InstrumentConfig config;
+    config.identity.manufacturer = HOSTILE_MANUFACTURER;
+    return config;
+  }
+  sim::Instrument hostile{Hostile()};
+  sim::InstrumentPort hostilePort{hostile, sim::InstrumentPort::Line::Serial};
+  sim::PtyServer hostilePty{hostilePort};
+};
+
+TEST_F(HostileReplies, BytesThatAreNotTextReachPipesRawJsonValidAndTheTableEscaped) {
+  env["CVN73100_COM1"] = hostilePty.DevicePath();
+  ASSERT_EQ(Run({"use", "COM1::Handshake=DTR_DSR", "--yes"}).status, 0);
+  EXPECT_TRUE(Contains(Run({"idn"}).out, HOSTILE_MANUFACTURER));
+  const json idn = json::parse(Run({"--json", "idn"}).out);
+  EXPECT_TRUE(Contains(idn["identity"].get<std::string>(), "Bad\xEF\xBF\xBD\x1B[2J")) << idn.dump();
+  const std::string table = Run({"search"}).out;
+  EXPECT_TRUE(Contains(table, "Bad\xEF\xBF\xBD\\x1B[2J\\xC2\\x9BCo")) << table;
+  EXPECT_FALSE(Contains(table, "\x1B")) << table;
 }
 
 }  // namespace

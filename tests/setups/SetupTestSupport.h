@@ -62,6 +62,7 @@ class FakeUtilities : public IUtilities {
   std::string InstrumentModel() override { return Answer("InstrumentModel", model); }
   std::string InstrumentFirmwareVersion() override { return Answer("InstrumentFirmwareVersion", version); }
   std::string QueryInstrumentError() override { return ""; }
+  std::vector<std::string> DrainInstrumentErrors() override { return {}; }
 
  private:
   template <class T>
