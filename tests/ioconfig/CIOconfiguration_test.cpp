@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "dialogs/Messages.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 

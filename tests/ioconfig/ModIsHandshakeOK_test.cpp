@@ -9,7 +9,7 @@
 #include "dialogs/Messages.h"
 #include "discovery/CQueryInstrument.h"
 #include "platform/ScopeError.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
