@@ -126,17 +126,10 @@ TEST_F(SetupsTest, ThreeSetupsRoundTripThroughAPropertyBag) {
 
   const auto read = SetupsCvn73100Scope::Create();
   read->ReadProperties(bag);
-  ASSERT_EQ(Names(*read), Names(*source));
-  EXPECT_EQ(read->LastInstrumentSetup(), "beta");
-  EXPECT_EQ(read->InitialDirectory(), source->InitialDirectory());
-  EXPECT_FALSE(read->GetLearnStringOnAdd());
-  for (std::int32_t i = 1; i <= 3; ++i) {
-    EXPECT_EQ(read->item(i)->Comments(), source->item(i)->Comments());
-    EXPECT_EQ(read->item(i)->LearnString(), source->item(i)->LearnString());
-    EXPECT_EQ(read->item(i)->Model(), source->item(i)->Model());
-    EXPECT_EQ(read->item(i)->Version(), source->item(i)->Version());
-    EXPECT_EQ(read->item(i)->ParentSetups(), read);
-  }
+  MemoryPropertyBag again;
+  read->WriteProperties(again);
+  EXPECT_EQ(again.Entries(), bag.Entries());
+  EXPECT_EQ(read->item(3)->ParentSetups(), read);
 }
 
 TEST_F(SetupsTest, DefaultCollectionWritesNothing) {
