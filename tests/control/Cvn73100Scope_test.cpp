@@ -240,7 +240,10 @@ TEST_F(Cvn73100ScopeTest, LinkMembersAnnounceOnlyRealChanges) {
   } flags[] = {
       {"DontShowIOHandshakeWarning", &IPPCvn73100Scope::SetDontShowIOHandshakeWarning,
        &IPPCvn73100Scope::DontShowIOHandshakeWarning},
+      {"SearchIOExists", &IPPCvn73100Scope::SetSearchIOExists, &IPPCvn73100Scope::SearchIOExists},
+      {"SearchCriteriaExists", &IPPCvn73100Scope::SetSearchCriteriaExists, &IPPCvn73100Scope::SearchCriteriaExists},
       {"SetIOExists", &IPPCvn73100Scope::SetSetIOExists, &IPPCvn73100Scope::SetIOExists},
+      {"SetupsExists", &IPPCvn73100Scope::SetSetupsExists, &IPPCvn73100Scope::SetupsExists},
       {"DTROnly", &IPPCvn73100Scope::SetDTROnly, &IPPCvn73100Scope::DTROnly},
       {"InitialSearchMode", &IPPCvn73100Scope::SetInitialSearchMode, &IPPCvn73100Scope::InitialSearchMode},
   };

@@ -127,27 +127,28 @@ TEST_F(CIOconfigurationTest, AddressesTakeTheirCanonicalAndServerForms) {
 }
 
 TEST_F(CIOconfigurationTest, RefusedAddressesLeaveEverythingAsItWas) {
-  const std::vector<const char*> refused[] = {{"GPIB1::",
-                                               "GPIB0::31::INSTR",
-                                               "GPIB0::99999999999999999999::INSTR",
-                                               "GPIB4::7::INSTR",
-                                               "GPIB",
-                                               "GPIB0:: 7::INSTR",
-                                               "",
-                                               " GPIB0::7::INSTR",
-                                               "LPT1",
-                                               "COM5",
-                                               "COMx",
-                                               "COM12",
-                                               "COM",
-                                               "COM1::Baud=14400",
-                                               "COM1::Baud=019200",
-                                               "COM1::Baud=19200,,Handshake=DTR_DSR",
-                                               "COM1::::Baud=19200",
-                                               "COM1::Baud=19200,Baud=2400",
-                                               "COM1::Speed=19200",
-                                               "COM1::Handshake=RTS_CTS"},
-                                              {"COM1", "COM1::Handshake=XON_XOFF"}};  // under DTR-only operation
+  const std::vector<const char*> refused[] = {
+      {"GPIB1::",
+       "GPIB0::31::INSTR",
+       "GPIB0::99999999999999999999::INSTR",
+       "GPIB4::7::INSTR",
+       "GPIB",
+       "GPIB0:: 7::INSTR",
+       "",
+       " GPIB0::7::INSTR",
+       "LPT1",
+       "COM5",
+       "COMx",
+       "COM12",
+       "COM",
+       "COM1::Baud=14400",
+       "COM1::Baud=019200",
+       "COM1::Baud=19200,,Handshake=DTR_DSR",
+       "COM1::::Baud=19200",
+       "COM1::Baud=19200,Baud=2400",
+       "COM1::Speed=19200",
+       "COM1::Handshake=RTS_CTS"},
+      {"COM1", "COM1::Handshake=XON_XOFF", "COM1::Baud=19200"}};  // under DTR-only operation
   for (const bool dtrOnly : {false, true}) {
     for (const char* text : refused[dtrOnly]) {
       SCOPED_TRACE(text);

@@ -203,7 +203,8 @@ TEST_F(PagesTest, AddressBoxChordsAddTheirBitToTheSupportMessageMode) {
   };
   const Case cases[] = {
       {0, Qt::Key_B, 1, "Support Message message boxes have been enabled."},
-      {2, Qt::Key_L, 4, "Support Message log file has been enabled."},           // added twice: carries into events
+      {2, Qt::Key_L, 4, "Support Message log file has been enabled."},  // added twice: carries into events
+      {1, Qt::Key_E, 5, "Support Message events have been enabled."},
       {8, Qt::Key_A, 0, "Support Message debug mode assert has been enabled."},  // 16 holds none of the bits
       {7, Qt::Key_ParenRight, 0, "All Support Message functionality has been disabled."},
   };
