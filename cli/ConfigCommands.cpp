@@ -14,6 +14,7 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
+#include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
@@ -21,7 +22,6 @@
 #include "ioconfig/IOConfigurationConstants.h"
 #include "platform/Os.h"
 #include "platform/ScopeError.h"
-#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {

@@ -37,7 +37,7 @@ std::string Pad(const std::string& text, std::size_t width) {
 }  // namespace
 
 ConsoleSearchView::ConsoleSearchView(CliContext& context, SilentPorts silentPorts)
-    : m_context(context), m_silentPorts(silentPorts), m_bar(::isatty(STDERR_FILENO) != 0) {}
+    : m_context(context), m_silentPorts(silentPorts), m_bar(context.progress || ::isatty(STDERR_FILENO) != 0) {}
 
 void ConsoleSearchView::ShowRows(const std::vector<InstrumentRow>& rows, std::int32_t selectedRow) {
   m_rows = rows;

@@ -8,18 +8,18 @@
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"
 #include "cli/ConsoleSetupsView.h"
+#include "cli/JsonText.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/Cvn73100PPSrchIO.h"
 #include "dialogs/Messages.h"
+#include "discovery/Cvn73100PPSrchIO.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
 #include "setups/Cvn73100PPSetup.h"
 #include "setups/SetupCvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {

@@ -1,6 +1,7 @@
 #include "cli/FormFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "cli/FormMerge.h"
 #include "cli/JsonText.h"
 #include "platform/ScopeError.h"
 #include "platform/UserFolders.h"
@@ -166,6 +168,49 @@ void FormFile::Load(MemoryPropertyBag& bag) const {
   } catch (const ScopeError& error) {
     throw FormError(m_path, error.Description());
   }
+}
+
+namespace {
+
+// An exclusive lock on `<form>.lock`, held while it lives. The lock file stays: removing it would let
+// two processes lock two different files.
+class FormLock {
+ public:
+  explicit FormLock(const std::string& formPath) : m_path(formPath + ".lock") {
+    m_fd = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (m_fd < 0) throw FormError(m_path, std::strerror(errno));
+    for (int waited = 0; ::flock(m_fd, LOCK_EX | LOCK_NB) != 0; waited += 10) {
+      if (errno != EWOULDBLOCK || waited >= FormFile::LOCK_WAIT_MS) {
+        const std::string why = errno == EWOULDBLOCK ? "still locked by another command after " +
+                                                           std::to_string(FormFile::LOCK_WAIT_MS / 1000) + " s"
+                                                     : std::strerror(errno);
+        ::close(m_fd);
+        throw FormError(m_path, why);
+      }
+      ::usleep(10000);
+    }
+  }
+  ~FormLock() { ::close(m_fd); }
+  FormLock(const FormLock&) = delete;
+  FormLock& operator=(const FormLock&) = delete;
+
+ private:
+  std::string m_path;
+  int m_fd = -1;
+};
+
+}  // namespace
+
+MemoryPropertyBag FormFile::SaveChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine) const {
+  std::error_code ec;
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
+  const FormLock lock(m_path);
+  MemoryPropertyBag current;
+  Load(current);
+  MemoryPropertyBag merged = MergeFormChanges(base, mine, current);
+  Save(merged);
+  return merged;
 }
 
 void FormFile::Save(const MemoryPropertyBag& bag) const {

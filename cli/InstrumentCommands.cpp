@@ -10,11 +10,12 @@
 #include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
+#include "cli/JsonText.h"
+#include "cli/OutputFile.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
 #include "control/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
-#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -103,6 +104,41 @@ std::string ImageExtension(Cvn73100_ImageFormat format) {
   }
 }
 
+namespace {
+
+// A reply that a terminal would take for control sequences: a definite-length block, or control bytes.
+bool LooksBinary(const std::string& reply) {
+  if (reply.size() > 1 && reply[0] == '#' && reply[1] >= '0' && reply[1] <= '9') return true;
+  return std::any_of(reply.begin(), reply.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte < 0x20 && byte != '\t' && byte != '\r' && byte != '\n') || byte == 0x7F;
+  });
+}
+
+// The image format of a screenshot: --format, else the file's extension, else BMP. A file whose extension names
+// another image format, or (without --format) none the instrument offers, is refused rather than written under a
+// false name.
+Cvn73100_ImageFormat ScreenshotFormat(const std::string& file, const std::string& formatOption) {
+  Cvn73100_ImageFormat chosen = Cvn73100_ImageFormat_BMP;
+  const bool given = !formatOption.empty() && ImageFormatOfName(formatOption, chosen);
+  const std::string extension = IsStandardStream(file) ? "" : std::filesystem::path(file).extension().string();
+  if (extension.empty()) return chosen;
+  Cvn73100_ImageFormat named = chosen;
+  const bool known = ImageFormatOfName(extension, named);
+  if (!given && !known) {
+    throw CLI::ValidationError("FILE", file + ": " + extension +
+                                          " is not an image format of the instrument (bmp, gif, tif, jpg); "
+                                          "name the file so, or give --format");
+  }
+  if (given && known && named != chosen) {
+    throw CLI::ValidationError("--format", file + " would hold " + ImageExtension(chosen) + " under the name " +
+                                               extension + "; name the file ." + ImageExtension(chosen));
+  }
+  return known ? named : chosen;
+}
+
+}  // namespace
+
 void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   // --- idn ---
   auto* idn = app.add_subcommand("idn", "Open the connection at the control's address and print the instrument's identity");
@@ -161,9 +197,12 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   query->add_option("COMMAND", queryOptions->command, "e.g. \":CHANnel1:RANGe?\"")->required();
   query->add_flag("--block", queryOptions->block,
                   "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
-  query->add_option("-o,--output", queryOptions->output, "With --block: write the bytes to this file");
+  query->add_option("-o,--output", queryOptions->output,
+                    "Write the reply's bytes to this file as they came (- for standard output)");
   query->add_flag("--no-check", queryOptions->noCheck, noCheckHelp);
   query->callback([&context, queryOptions] {
+    const std::string& output = queryOptions->output;
+    PrepareOutputFolder(context, output, "Reply file");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
@@ -177,29 +216,36 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
       throw;
     }
     if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
-    if (reply.GetType() == Variant::Type::ByteArray) {
-      const Bytes& bytes = reply.AsBytes();
-      if (!queryOptions->output.empty()) {
-        WriteFileAtomically(queryOptions->output, std::string(bytes.begin(), bytes.end()), "Reply file");
-      }
-      if (context.json) {
-        json result{{"query", queryOptions->command}, {"bytes", bytes.size()}};
-        if (queryOptions->output.empty())
-          result["hex"] = Hex(bytes);
-        else
-          result["file"] = Absolute(queryOptions->output);
-        context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
-      } else if (queryOptions->output.empty()) {
-        context.out << Hex(bytes) << "\n";
+    const bool block = reply.GetType() == Variant::Type::ByteArray;
+    const std::string data = block ? std::string(reply.AsBytes().begin(), reply.AsBytes().end()) : reply.AsString();
+    if (!output.empty()) {
+      WriteOutput(context, output, data, "Reply file");
+      if (IsStandardStream(output)) {
+        // The bytes alone on standard output.
+      } else if (context.json) {
+        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"file", Absolute(output)}}
+                           .dump(-1, ' ', false, kReplaceInvalidUtf8)
+                    << "\n";
       } else {
-        context.out << bytes.size() << " bytes written to " << Absolute(queryOptions->output) << "\n";
+        context.out << data.size() << " bytes written to " << Absolute(output) << "\n";
       }
-    } else {
-      const std::string text = reply.AsString();
+    } else if (block) {
       if (context.json)
-        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"hex", Hex(reply.AsBytes())}}
+                           .dump(-1, ' ', false, kReplaceInvalidUtf8)
+                    << "\n";
       else
-        context.out << Reply(context, text) << "\n";
+        context.out << Hex(reply.AsBytes()) << "\n";
+    } else if (context.json) {
+      context.out << json{{"query", queryOptions->command}, {"reply", data}}.dump(-1, ' ', false, kReplaceInvalidUtf8)
+                  << "\n";
+    } else {
+      if (context.outIsTerminal && LooksBinary(data)) {
+        throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE,
+                         "The reply is binary (" + std::to_string(data.size()) +
+                             " bytes): write it with -o FILE, or -o - to send it to the terminal anyway.");
+      }
+      context.out << Reply(context, data) << "\n";
     }
     session.Finish();
   });
@@ -220,22 +266,30 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   waveform->add_option("--points,-p", waveformOptions->points, "100, 250, 500, 1000, 2000, or 0 for the whole record")
       ->check(CLI::IsMember({0, 100, 250, 500, 1000, 2000}))
       ->capture_default_str();
-  waveform->add_option("-o,--output", waveformOptions->output, "CSV file (default: standard output, unless --plot)");
-  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform");
+  waveform->add_option("-o,--output", waveformOptions->output,
+                       "CSV file (default: standard output, unless --plot; - for standard output)");
+  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform (- for standard output)");
   waveform->callback([&context, waveformOptions] {
+    if (IsStandardStream(waveformOptions->output) && IsStandardStream(waveformOptions->plot)) {
+      throw CLI::ValidationError("--output and --plot", "only one of them can go to standard output");
+    }
+    PrepareOutputFolder(context, waveformOptions->output, "CSV file");
+    PrepareOutputFolder(context, waveformOptions->plot, "Plot");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     const WaveformCapture capture = CaptureWaveform(control, waveformOptions->channel, waveformOptions->points);
     const std::string csv = WaveformCsv(capture);
-    if (!waveformOptions->output.empty()) WriteFileAtomically(waveformOptions->output, csv, "CSV file");
+    if (!waveformOptions->output.empty()) WriteOutput(context, waveformOptions->output, csv, "CSV file");
     if (!waveformOptions->plot.empty()) {
       const std::string title =
           "CH" + std::to_string(capture.channel) + "  " + std::to_string(capture.seconds.size()) + " POINTS";
-      PngPlot(capture.seconds, capture.volts, title).Save(waveformOptions->plot);
+      WriteOutput(context, waveformOptions->plot, PngPlot(capture.seconds, capture.volts, title).Encode(), "Plot");
     }
     const bool toStdout = waveformOptions->output.empty() && waveformOptions->plot.empty();
-    if (context.json) {
+    if (IsStandardStream(waveformOptions->output) || IsStandardStream(waveformOptions->plot)) {
+      // Standard output carries the file alone.
+    } else if (context.json) {
       json result{{"address", control.Address()}, {"channel", capture.channel}, {"points", capture.seconds.size()}};
       if (!waveformOptions->output.empty()) result["csv"] = Absolute(waveformOptions->output);
       if (!waveformOptions->plot.empty()) result["plot"] = Absolute(waveformOptions->plot);
@@ -262,24 +316,27 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   };
   auto screenshotOptions = std::make_shared<ScreenshotOptions>();
   auto* screenshot = app.add_subcommand("screenshot", "Save the instrument's screen as an image file");
-  screenshot->add_option("FILE", screenshotOptions->file, "Image file")->required();
+  screenshot->add_option("FILE", screenshotOptions->file, "Image file (- for standard output)")->required();
   screenshot->add_option("--format,-f", screenshotOptions->format,
                          "bmp, gif, tif or jpg (default: by the file's extension, else bmp)")
       ->check(CLI::IsMember({"bmp", "gif", "tif", "tiff", "jpg", "jpeg"}, CLI::ignore_case));
   screenshot->callback([&context, screenshotOptions] {
-    Cvn73100_ImageFormat format = Cvn73100_ImageFormat_BMP;
-    if (!screenshotOptions->format.empty()) {
-      ImageFormatOfName(screenshotOptions->format, format);
-    } else {
-      ImageFormatOfName(std::filesystem::path(screenshotOptions->file).extension().string(), format);
-    }
+    const std::string& file = screenshotOptions->file;
+    const Cvn73100_ImageFormat format = ScreenshotFormat(file, screenshotOptions->format);
+    PrepareOutputFolder(context, file, "Screen image");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
-    control.SaveScreenImage(screenshotOptions->file, format);
+    if (IsStandardStream(file)) {
+      const Picture picture = control.GetScreenImage(format);
+      WriteOutput(context, file, std::string(picture.data.begin(), picture.data.end()), "Screen image");
+      session.Finish();
+      return;
+    }
+    control.SaveScreenImage(file, format);
     std::error_code ec;
-    const auto size = std::filesystem::file_size(screenshotOptions->file, ec);
-    const std::string path = Absolute(screenshotOptions->file);
+    const auto size = std::filesystem::file_size(file, ec);
+    const std::string path = Absolute(file);
     if (context.json)
       context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else

@@ -32,7 +32,8 @@ bool ScopeSession::Finish(bool force) {
   m_control->WriteProperties(written);
   // Compared as the file would hold them: a 16-bit value read back from JSON is a Long.
   if (!force && FormFile::ToJson(written) == FormFile::ToJson(m_loaded)) return false;
-  m_form.Save(written);
+  // Other commands may have changed the form since it was read: only this command's changes are applied.
+  m_form.SaveChanges(m_loaded, written);
   m_loaded = written;
   return true;
 }

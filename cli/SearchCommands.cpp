@@ -6,6 +6,7 @@
 
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"
+#include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "control/Cvn73100Scope.h"
@@ -13,7 +14,6 @@
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"
-#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {

@@ -33,6 +33,8 @@ int main(int argc, char** argv) {
                    ->capture_default_str();
   app.add_flag("--json", context.json, "Print results as JSON for scripts");
   app.add_flag("--yes,-y", context.assumeYes, "Answer OK to every question");
+  app.add_flag("--parents", context.parents, "Create the missing folders of output files");
+  app.add_flag("--progress", context.progress, "Draw progress even when standard error is not a terminal");
   app.add_option("--country", context.countryCode,
                  "Language of this run's messages by country code (1, 33, 34, 39, 49, 81, 82, 886); "
                  "`config set --language` changes the form's");

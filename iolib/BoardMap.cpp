@@ -60,7 +60,12 @@ std::optional<std::string> ReadFile(const std::string& path) {
   return text;
 }
 
+// The process's environment; HOME, when unset, is the home folder of the password database.
 std::optional<std::string> GetEnv(const std::string& name) {
+  if (name == "HOME") {
+    std::string home = HomeFolder();
+    return home.empty() ? std::nullopt : std::optional(std::move(home));
+  }
   const char* value = std::getenv(name.c_str());
   if (value == nullptr) return std::nullopt;
   return std::string(value);
@@ -105,8 +110,6 @@ BoardMap BoardMap::Load(const Environment& environment, const FileReader& readFi
     path = *xdg + "/cvn73100/io.conf";
   else if (const auto home = nonEmpty("HOME"))
     path = *home + "/.config/cvn73100/io.conf";
-  else if (const std::string passwdHome = HomeFolder(); !passwdHome.empty())
-    path = passwdHome + "/.config/cvn73100/io.conf";
 
   const std::optional<std::string> text = path.empty() ? std::nullopt : readFile(path);
   BoardMap map = text ? FileDefaults() : EmbeddedDefault();

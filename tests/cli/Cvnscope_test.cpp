@@ -93,6 +93,35 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{{"frobnicate"}, 2, ""},
         FailureCase{{"message", "99999"}, 1, "Message 99999 is not in the catalogue."}));
 
+// Files: "-" is standard input or output, a missing folder is an error unless --parents, and the image format
+// follows the file's name.
+TEST_F(CliTest, FilesStreamsFoldersAndFormats) {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* part;  // of stdout, or of stderr when the command fails
+  } cases[] = {
+      {{"screenshot", "x.png"}, 2, ".png is not an image format of the instrument"},
+      {{"screenshot", "x.gif", "--format", "bmp"}, 2, "x.gif would hold bmp under the name .gif"},
+      {{"screenshot", "x.png", "--format", "bmp"}, 0, "Screen image (bmp, "},
+      {{"screenshot", "no/such/x.bmp"}, 1, "the folder no/such does not exist (--parents creates it)"},
+      {{"--parents", "screenshot", "new/x.tif"}, 0, "Screen image (tif, "},
+      {{"screenshot", "-", "--format", "gif"}, 0, "GIF87a"},
+      {{"waveform", "-o", "-", "-p", "100"}, 0, "time,volts\n"},
+      {{"setup", "get", "Q1", "--yes"}, 0, "Fetched Q1"},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = Run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args[0] << " " << c.args[1] << ": " << r.err;
+    EXPECT_TRUE(Contains(c.status == 0 ? r.out : r.err, c.part)) << c.args[1] << ": " << r.out << r.err;
+  }
+  EXPECT_TRUE(std::filesystem::is_regular_file(dir / "new" / "x.tif"));
+  input = Run({"setup", "save", "Q1", "-"}).out;
+  ASSERT_EQ(Run({"setup", "open", "-", "Q2"}).status, 0);
+  input = Run({"setup", "save", "Q2", "-"}).out;
+  EXPECT_TRUE(Contains(Run({"setup", "show", "-"}).out, "Model:       73135D"));
+}
+
 // Habits of command-line tools: the version, usage errors as JSON, completions drawn from the command tree.
 TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
   const struct {
