@@ -283,6 +283,20 @@ def main():
                     f"{seconds(e) * 1e3:.0f} ms per transfer",
                     f"{bdir}/bench/server/server_bench --benchmark_filter='BM_Paced/transfer:{transfer}/baud:{baud}'")
 
+    if server:
+        try:
+            e = server.pick(r"^BM_SettingsWriteCheck")
+        except KeyError:
+            e = None
+        if e:
+            add("Query", "A settings write that checks the instrument's error queue, unpaced pty: checked write / "
+                "bare write", e["checked_per_bare"], None,
+                f"{e['checked_us']:.1f} µs / {e['bare_us']:.1f} µs",
+                f"{bdir}/bench/server/server_bench --benchmark_filter=BM_SettingsWriteCheck")
+            add("Query", "… the check's cost in round trips: (checked − bare write) / one `*OPC?` query",
+                e["extra_round_trips"], "<= 1", f"({e['checked_us']:.1f} − {e['bare_us']:.1f}) µs / "
+                f"{e['query_us']:.1f} µs", f"{bdir}/bench/server/server_bench --benchmark_filter=BM_SettingsWriteCheck")
+
     # --- The default search. ---
     search = results.get("discovery_bench")
     if search:

@@ -34,6 +34,21 @@ std::string JsonString(const std::string& text) {
   return out.str();
 }
 
+std::string Reply(const CliContext& context, const std::string& text) {
+  return context.outIsTerminal ? ConsoleHost::ToTerminal(text) : text;
+}
+
+void NamingTheProperty(const std::string& option, const std::string& value, const std::string& allowed,
+                       const std::function<void()>& change) {
+  try {
+    change();
+  } catch (const ScopeError& error) {
+    if (error.Description().find(option) != std::string::npos) throw;
+    throw ScopeError(error.Number(), error.Source(),
+                     error.Description() + " (" + option + " " + value + ": allowed " + allowed + ")");
+  }
+}
+
 int ReportError(CliContext& context, const ScopeError& error) {
   if (context.json) {
     context.out << "{\"error\": {\"number\": " << error.Number() << ", \"source\": " << JsonString(error.Source())
@@ -79,6 +94,10 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
     }
     const int base = LanguageSelection::Check(country).base;
     const std::string text = Messages::LoadIn(base, number);
+    if (text.empty()) {
+      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
+                       "Message " + std::to_string(number) + " is not in the catalogue.");
+    }
     if (context.json)
       context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";
     else

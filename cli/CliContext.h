@@ -33,6 +33,9 @@ struct CliContext {
   bool assumeYes = false;
   int countryCode = 0;  // 0: the form's language
   int exitStatus = ExitStatus::OK;
+  bool outIsTerminal = false;
+  bool parents = false;   // --parents: output folders that are missing are created
+  bool progress = false;  // --progress: progress is drawn even when standard error is not a terminal  // standard output is a terminal: instrument replies are made safe to show
   std::ostream& out = std::cout;
   std::ostream& err = std::cerr;
   ConsoleHost host{out, err};
@@ -47,6 +50,13 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context);
 void RegisterSetupCommands(CLI::App& app, CliContext& context);
 void RegisterConfigCommands(CLI::App& app, CliContext& context);
 void RegisterDemoCommand(CLI::App& app, CliContext& context);
+
+// An instrument's reply as `out` should carry it: raw into a pipe or file, made safe on a terminal.
+std::string Reply(const CliContext& context, const std::string& text);
+
+// Runs `change`; a property error it raises comes back naming the option, the value given and what is allowed.
+void NamingTheProperty(const std::string& option, const std::string& value, const std::string& allowed,
+                       const std::function<void()>& change);
 
 // Prints an error as number, source and description (or as JSON) and gives the exit status.
 int ReportError(CliContext& context, const ScopeError& error);

@@ -14,6 +14,7 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
+#include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
@@ -201,7 +202,7 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
                         {"supportMessages", ModeJson(control.SupportMessageMode())},
                         {"serial", serial},
                         {"gpib", gpib}}
-                       .dump(2)
+                       .dump(2, ' ', false, kReplaceInvalidUtf8)
                 << "\n";
     return;
   }
@@ -238,7 +239,7 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
 void Saved(CliContext& context, ScopeSession& session) {
   const bool written = session.Finish();
   if (context.json)
-    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump() << "\n";
+    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
   else
     context.out << (written ? "Saved " : "Unchanged: ") << session.FormPath() << "\n";
 }
@@ -284,10 +285,18 @@ void RegisterSet(CLI::App& config, CliContext& context) {
   set->callback([&context, o, address, txDelay, reset, checkID, language, dtrOnly, initialSearch, warning] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
-    if (language->count()) control.SetCountryCode(o->language);
+    if (language->count()) {
+      NamingTheProperty("--language", std::to_string(o->language), "1, 33, 34, 39, 49, 81, 82 or 886",
+                        [&] { control.SetCountryCode(o->language); });
+    }
     if (dtrOnly->count()) control.SetDTROnly(SwitchValue(o->dtrOnly));
-    if (address->count()) control.SetAddress(o->address);
-    if (txDelay->count()) control.SetTXDelay(o->txDelay);
+    if (address->count()) {
+      NamingTheProperty("--address", o->address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+                        [&] { control.SetAddress(o->address); });
+    }
+    if (txDelay->count()) {
+      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), "0 ms or more", [&] { control.SetTXDelay(o->txDelay); });
+    }
     if (reset->count()) control.SetResetOnInitialize(SwitchValue(o->resetOnInitialize));
     if (checkID->count()) control.SetCheckIDOnInitialize(SwitchValue(o->checkIDOnInitialize));
     if (initialSearch->count()) control.SetInitialSearchMode(SwitchValue(o->initialSearch));
@@ -329,7 +338,10 @@ void RegisterSerial(CLI::App& config, CliContext& context) {
     if (handshake->count()) settings[SEARCH_CRITERIA::HANDSHAKE_INDEX] = Variant(HandshakeValue(o->handshake));
     if (o->include || o->exclude) list[CRITERIA_RS232_INCLUDED].AsArray()[slot] = Variant(o->include);
     // The configuration checks the settings of every port as it takes them.
-    control.SetSearchCriteria(criteria);
+    std::string given = baud->count() ? "--baud " + std::to_string(o->baud) : "";
+    if (handshake->count()) given += (given.empty() ? "--handshake " : " --handshake ") + o->handshake;
+    NamingTheProperty("COM" + std::to_string(o->port), given, "baud 1200, 2400, 9600, 19200, 38400 or 57600",
+                      [&] { control.SetSearchCriteria(criteria); });
     Saved(context, session);
   });
 }
@@ -399,7 +411,7 @@ void RegisterLog(CLI::App& app, CliContext& context) {
       json result = ModeJson(current);
       result["changed"] = written;
       if (o->show) result["previousLog"] = previous ? json(*previous) : json(nullptr);
-      context.out << result.dump() << "\n";
+      context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     context.out << "Support-message mode: " << current << " (";

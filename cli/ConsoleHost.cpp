@@ -16,19 +16,62 @@ constexpr long OVERWRITE_PROMPT = 0x2;
 
 ConsoleHost::ConsoleHost(std::ostream& out, std::ostream& err) : m_out(out), m_err(err) {}
 
+namespace {
+
+// The length of the well-formed UTF-8 sequence at `text[i]`, or 0 when there is none.
+std::size_t Utf8SequenceLength(const std::string& text, std::size_t i) {
+  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+  const unsigned char lead = byte(i);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xC2 && lead <= 0xDF ? 2 : lead >= 0xE0 && lead <= 0xEF ? 3
+                             : lead >= 0xF0 && lead <= 0xF4                                  ? 4
+                                                                                              : 0;
+  if (length == 0 || i + length > text.size()) return 0;
+  for (std::size_t k = 1; k < length; ++k) {
+    if ((byte(i + k) & 0xC0) != 0x80) return 0;
+  }
+  // Overlong forms, surrogates and code points above U+10FFFF.
+  const unsigned char second = byte(i + 1);
+  if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
+      (lead == 0xF4 && second > 0x8F)) {
+    return 0;
+  }
+  return length;
+}
+
+}  // namespace
+
 std::string ConsoleHost::ToTerminal(const std::string& text) {
   static constexpr char HEX[] = "0123456789ABCDEF";
+  static constexpr char REPLACEMENT[] = "\xEF\xBF\xBD";  // U+FFFD
   std::string out;
   out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  for (std::size_t i = 0; i < text.size();) {
     const auto c = static_cast<unsigned char>(text[i]);
-    if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') {
+      ++i;
+      continue;
+    }
     // An instrument or a file can carry escape sequences that would drive the terminal.
     if ((c < 0x20 && c != '\n' && c != '\t') || c == 0x7F) {
       out += {'\\', 'x', HEX[c >> 4], HEX[c & 0xF]};
+      ++i;
       continue;
     }
-    out += static_cast<char>(c);
+    const std::size_t length = Utf8SequenceLength(text, i);
+    if (length == 0) {
+      out += REPLACEMENT;
+      ++i;
+      continue;
+    }
+    // C1 controls (U+0080..U+009F) drive some terminals as escape sequences do.
+    if (length == 2 && c == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      const auto second = static_cast<unsigned char>(text[i + 1]);
+      out += {'\\', 'x', 'C', '2', '\\', 'x', HEX[second >> 4], HEX[second & 0xF]};
+    } else {
+      out.append(text, i, length);
+    }
+    i += length;
   }
   return out;
 }

@@ -37,7 +37,7 @@ std::string Pad(const std::string& text, std::size_t width) {
 }  // namespace
 
 ConsoleSearchView::ConsoleSearchView(CliContext& context, SilentPorts silentPorts)
-    : m_context(context), m_silentPorts(silentPorts), m_bar(::isatty(STDERR_FILENO) != 0) {}
+    : m_context(context), m_silentPorts(silentPorts), m_bar(context.progress || ::isatty(STDERR_FILENO) != 0) {}
 
 void ConsoleSearchView::ShowRows(const std::vector<InstrumentRow>& rows, std::int32_t selectedRow) {
   m_rows = rows;
@@ -121,8 +121,9 @@ std::vector<TableRow> TableRows(const std::vector<InstrumentRow>& rows, bool all
 void PrintSearchTable(std::ostream& out, const std::vector<TableRow>& table, std::size_t silentCount, bool all) {
   const auto headers = Cvn73100PPSrchIO::ColumnHeaders();
   std::size_t widths[4] = {Width(headers[0]), Width(headers[1]), Width(headers[2]), Width(headers[3])};
+  const auto shown = [](const std::string& text) { return ConsoleHost::ToTerminal(text); };
   for (const auto& entry : table) {
-    widths[0] = std::max(widths[0], Width(entry.row.model));
+    widths[0] = std::max(widths[0], Width(shown(entry.row.model)));
     widths[1] = std::max(widths[1], Width(entry.row.supported));
     widths[2] = std::max(widths[2], Width(entry.row.address));
   }
@@ -130,9 +131,9 @@ void PrintSearchTable(std::ostream& out, const std::vector<TableRow>& table, std
       << Pad(headers[2], widths[2]) << "  " << headers[3] << "\n";
   for (const auto& entry : table) {
     const bool connected = entry.row.icon == Cvn73100PPSrchIO::CONNECTED_INSTRUMENT_ICON;
-    out << (connected ? "*" : " ") << std::setw(3) << entry.number << "  " << Pad(entry.row.model, widths[0]) << "  "
+    out << (connected ? "*" : " ") << std::setw(3) << entry.number << "  " << Pad(shown(entry.row.model), widths[0]) << "  "
         << Pad(entry.row.supported, widths[1]) << "  " << Pad(entry.row.address, widths[2]) << "  "
-        << entry.row.manufacturer << "\n";
+        << shown(entry.row.manufacturer) << "\n";
   }
   out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::SupportedCaption()) << "\n";
   if (!all && silentCount > 0) {

@@ -8,12 +8,13 @@
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"
 #include "cli/ConsoleSetupsView.h"
+#include "cli/JsonText.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/Cvn73100PPSrchIO.h"
 #include "dialogs/Messages.h"
+#include "discovery/Cvn73100PPSrchIO.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
 #include "setups/Cvn73100PPSetup.h"
@@ -160,7 +161,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
                             {"version", setup->Version()},
                             {"bytes", setupBytes}}},
                           {"form", Absolute(formPath)}}
-                         .dump(2)
+                         .dump(2, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }

@@ -1,6 +1,7 @@
 #include "cli/FormFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,7 +12,11 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "cli/FormMerge.h"
+#include "cli/JsonText.h"
+#include "platform/AtomicFile.h"
 #include "platform/ScopeError.h"
+#include "platform/UserFolders.h"
 
 namespace cvn73100 {
 namespace {
@@ -99,29 +104,16 @@ Variant FromJsonValue(const json& value, int depth = 0) {
   throw RuntimeError(ERR_TYPE_MISMATCH, SOURCE);
 }
 
-void WriteWhole(int fd, const std::string& text, const std::string& path) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) throw FormError(path, std::strerror(errno));
-    done += static_cast<std::size_t>(n);
-  }
-}
-
 }  // namespace
 
 FormFile::FormFile(std::string path) : m_path(std::move(path)) {}
 
 std::string FormFile::DefaultPath() {
-  std::string base;
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
-    base = xdg;
-  else if (const char* home = std::getenv("HOME"); home && *home)
-    base = std::string(home) + "/.config";
-  else
-    base = ".";
-  return base + "/cvn73100/form.json";
+  const std::string config = ConfigFolder();
+  if (config.empty()) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, "No home folder for the form file: set HOME or use --form.");
+  }
+  return config + "/cvn73100/form.json";
 }
 
 std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
@@ -132,7 +124,7 @@ std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
     order.push_back(key);
   }
   // The keys' order is the order the control wrote them in; JSON objects do not keep it.
-  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2) + "\n";
+  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
 }
 
 void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {
@@ -169,29 +161,57 @@ void FormFile::Load(MemoryPropertyBag& bag) const {
   }
 }
 
-void FormFile::Save(const MemoryPropertyBag& bag) const {
-  const std::filesystem::path target(m_path);
+namespace {
+
+// An exclusive lock on `<form>.lock`, held while it lives. The lock file stays: removing it would let
+// two processes lock two different files.
+class FormLock {
+ public:
+  explicit FormLock(const std::string& formPath) : m_path(formPath + ".lock") {
+    m_fd = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (m_fd < 0) throw FormError(m_path, std::strerror(errno));
+    for (int waited = 0; ::flock(m_fd, LOCK_EX | LOCK_NB) != 0; waited += 10) {
+      if (errno != EWOULDBLOCK || waited >= FormFile::LOCK_WAIT_MS) {
+        const std::string why = errno == EWOULDBLOCK ? "still locked by another command after " +
+                                                           std::to_string(FormFile::LOCK_WAIT_MS / 1000) + " s"
+                                                     : std::strerror(errno);
+        ::close(m_fd);
+        throw FormError(m_path, why);
+      }
+      ::usleep(10000);
+    }
+  }
+  ~FormLock() { ::close(m_fd); }
+  FormLock(const FormLock&) = delete;
+  FormLock& operator=(const FormLock&) = delete;
+
+ private:
+  std::string m_path;
+  int m_fd = -1;
+};
+
+}  // namespace
+
+MemoryPropertyBag FormFile::SaveChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine) const {
   std::error_code ec;
-  if (target.has_parent_path()) std::filesystem::create_directories(target.parent_path(), ec);
-  std::string temp = m_path + ".XXXXXX";
-  const int fd = ::mkstemp(temp.data());
-  if (fd < 0) throw FormError(m_path, std::strerror(errno));
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
+  const FormLock lock(m_path);
+  MemoryPropertyBag current;
+  Load(current);
+  MemoryPropertyBag merged = MergeFormChanges(base, mine, current);
+  Save(merged);
+  return merged;
+}
+
+void FormFile::Save(const MemoryPropertyBag& bag) const {
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+  std::error_code ec;
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
   try {
-    WriteWhole(fd, ToJson(bag), m_path);
-    if (::fsync(fd) != 0) throw FormError(m_path, std::strerror(errno));
-  } catch (...) {
-    ::close(fd);
-    ::unlink(temp.c_str());
-    throw;
-  }
-  if (::close(fd) != 0) {
-    ::unlink(temp.c_str());
-    throw FormError(m_path, std::strerror(errno));
-  }
-  if (std::rename(temp.c_str(), m_path.c_str()) != 0) {
-    const std::string why = std::strerror(errno);
-    ::unlink(temp.c_str());
-    throw FormError(m_path, why);
+    ReplaceFileAtomically(m_path, {ToJson(bag)});
+  } catch (const AtomicFileError& error) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
   }
 }
 

@@ -19,6 +19,13 @@ class FormFile {
   void Load(MemoryPropertyBag& bag) const;
   // Writes `bag` to a temporary file beside the form, then renames it over the form.
   void Save(const MemoryPropertyBag& bag) const;
+  // Saves what a command changed from `base` (the form as it read it) to `mine`, as one step against other
+  // processes: under an exclusive lock on a file beside the form it reads the form again, keeps what others
+  // changed meanwhile, applies these changes and saves. Returns the form as saved. Waits at most
+  // LOCK_WAIT_MS for the lock.
+  MemoryPropertyBag SaveChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine) const;
+
+  static constexpr int LOCK_WAIT_MS = 30000;
 
   // The JSON text of a bag and back (exposed for the fuzzer and the tests).
   static std::string ToJson(const MemoryPropertyBag& bag);

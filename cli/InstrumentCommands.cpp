@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -9,6 +10,8 @@
 #include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
+#include "cli/JsonText.h"
+#include "cli/OutputFile.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
 #include "control/CCvn73100EZ.h"
@@ -38,6 +41,19 @@ std::string Hex(const Bytes& bytes) {
 
 std::string Absolute(const std::string& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
 
+std::vector<std::string> DrainErrors(Cvn73100Scope& control) {
+  return control.Connection()->EZPtr().Utilities().DrainInstrumentErrors();
+}
+
+// Fails with what the instrument queued after `command`, so a refused command does not pass silently.
+void CheckErrors(Cvn73100Scope& control, const std::string& command) {
+  const std::vector<std::string> errors = DrainErrors(control);
+  if (errors.empty()) return;
+  std::string text;
+  for (const std::string& error : errors) text += (text.empty() ? "" : "; ") + error;
+  throw std::runtime_error("the instrument reported " + text + " after " + command);
+}
+
 }  // namespace
 
 WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, std::int32_t points) {
@@ -55,11 +71,16 @@ WaveformCapture CaptureWaveform(Cvn73100Scope& control, std::int32_t channel, st
 std::string WaveformCsv(const WaveformCapture& capture) {
   std::string csv = "time,volts\n";
   const std::size_t n = std::min(capture.seconds.size(), capture.volts.size());
-  char line[64];
-  for (std::size_t i = 0; i < n; ++i) {
-    std::snprintf(line, sizeof line, "%.10g,%.10g\n", capture.seconds[i], capture.volts[i]);
-    csv += line;
-  }
+  // A sample without a value (the instrument's overrange arrives as NaN) is an empty field; one that is
+  // infinite is "nan", so that no reader takes it for a number.
+  const auto field = [](double value) -> std::string {
+    if (std::isnan(value)) return "";
+    if (!std::isfinite(value)) return "nan";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", value);
+    return text;
+  };
+  for (std::size_t i = 0; i < n; ++i) csv += field(capture.seconds[i]) + "," + field(capture.volts[i]) + "\n";
   return csv;
 }
 
@@ -83,6 +104,41 @@ std::string ImageExtension(Cvn73100_ImageFormat format) {
   }
 }
 
+namespace {
+
+// A reply that a terminal would take for control sequences: a definite-length block, or control bytes.
+bool LooksBinary(const std::string& reply) {
+  if (reply.size() > 1 && reply[0] == '#' && reply[1] >= '0' && reply[1] <= '9') return true;
+  return std::any_of(reply.begin(), reply.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte < 0x20 && byte != '\t' && byte != '\r' && byte != '\n') || byte == 0x7F;
+  });
+}
+
+// The image format of a screenshot: --format, else the file's extension, else BMP. A file whose extension names
+// another image format, or (without --format) none the instrument offers, is refused rather than written under a
+// false name.
+Cvn73100_ImageFormat ScreenshotFormat(const std::string& file, const std::string& formatOption) {
+  Cvn73100_ImageFormat chosen = Cvn73100_ImageFormat_BMP;
+  const bool given = !formatOption.empty() && ImageFormatOfName(formatOption, chosen);
+  const std::string extension = IsStandardStream(file) ? "" : std::filesystem::path(file).extension().string();
+  if (extension.empty()) return chosen;
+  Cvn73100_ImageFormat named = chosen;
+  const bool known = ImageFormatOfName(extension, named);
+  if (!given && !known) {
+    throw CLI::ValidationError("FILE", file + ": " + extension +
+                                          " is not an image format of the instrument (bmp, gif, tif, jpg); "
+                                          "name the file so, or give --format");
+  }
+  if (given && known && named != chosen) {
+    throw CLI::ValidationError("--format", file + " would hold " + ImageExtension(chosen) + " under the name " +
+                                               extension + "; name the file ." + ImageExtension(chosen));
+  }
+  return known ? named : chosen;
+}
+
+}  // namespace
+
 void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   // --- idn ---
   auto* idn = app.add_subcommand("idn", "Open the connection at the control's address and print the instrument's identity");
@@ -92,21 +148,40 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const std::string identity = control.Connection()->IDNQuery();
     if (context.json)
-      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump() << "\n";
+      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
-      context.out << identity << "\n";
+      context.out << Reply(context, identity) << "\n";
+    session.Finish();
+  });
+
+  // --- errors ---
+  auto* errors = app.add_subcommand("errors", "Read and print the instrument's error queue until it is empty");
+  errors->callback([&context] {
+    ScopeSession session(context);
+    session.Connect();
+    const std::vector<std::string> entries = DrainErrors(session.Control());
+    if (context.json) {
+      context.out << json{{"errors", entries}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+    } else {
+      for (const std::string& entry : entries) context.out << Reply(context, entry) << "\n";
+      if (entries.empty()) context.out << "0,\"No error\"\n";
+    }
     session.Finish();
   });
 
   // --- write ---
   auto command = std::make_shared<std::string>();
+  auto noCheck = std::make_shared<bool>(false);
+  const char* noCheckHelp = "Do not read the instrument's error queue afterwards";
   auto* write = app.add_subcommand("write", "Send a command to the instrument at the control's address");
   write->add_option("COMMAND", *command, "e.g. \":CHANnel1:RANGe 4\"")->required();
-  write->callback([&context, command] {
+  write->add_flag("--no-check", *noCheck, noCheckHelp);
+  write->callback([&context, command, noCheck] {
     ScopeSession session(context);
     session.Connect();
     session.Control().Output(Variant(*command));
-    if (context.json) context.out << json{{"written", *command}}.dump() << "\n";
+    if (!*noCheck) CheckErrors(session.Control(), *command);
+    if (context.json) context.out << json{{"written", *command}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     session.Finish();
   });
 
@@ -114,6 +189,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   struct QueryOptions {
     std::string command;
     bool block = false;
+    bool noCheck = false;
     std::string output;
   };
   auto queryOptions = std::make_shared<QueryOptions>();
@@ -121,37 +197,55 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   query->add_option("COMMAND", queryOptions->command, "e.g. \":CHANnel1:RANGe?\"")->required();
   query->add_flag("--block", queryOptions->block,
                   "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
-  query->add_option("-o,--output", queryOptions->output, "With --block: write the bytes to this file");
+  query->add_option("-o,--output", queryOptions->output,
+                    "Write the reply's bytes to this file as they came (- for standard output)");
+  query->add_flag("--no-check", queryOptions->noCheck, noCheckHelp);
   query->callback([&context, queryOptions] {
+    const std::string& output = queryOptions->output;
+    PrepareOutputFolder(context, output, "Reply file");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     control.Output(Variant(queryOptions->command));
     Variant reply;
-    control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
-    if (reply.GetType() == Variant::Type::ByteArray) {
-      const Bytes& bytes = reply.AsBytes();
-      if (!queryOptions->output.empty()) {
-        WriteFileAtomically(queryOptions->output, std::string(bytes.begin(), bytes.end()), "Reply file");
-      }
-      if (context.json) {
-        json result{{"query", queryOptions->command}, {"bytes", bytes.size()}};
-        if (queryOptions->output.empty())
-          result["hex"] = Hex(bytes);
-        else
-          result["file"] = Absolute(queryOptions->output);
-        context.out << result.dump() << "\n";
-      } else if (queryOptions->output.empty()) {
-        context.out << Hex(bytes) << "\n";
+    try {
+      control.Enter(reply, queryOptions->block ? Variant("B") : Variant());
+    } catch (const std::exception&) {
+      // A refused query sends nothing; what the instrument queued says why.
+      if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
+      throw;
+    }
+    if (!queryOptions->noCheck) CheckErrors(control, queryOptions->command);
+    const bool block = reply.GetType() == Variant::Type::ByteArray;
+    const std::string data = block ? std::string(reply.AsBytes().begin(), reply.AsBytes().end()) : reply.AsString();
+    if (!output.empty()) {
+      WriteOutput(context, output, data, "Reply file");
+      if (IsStandardStream(output)) {
+        // The bytes alone on standard output.
+      } else if (context.json) {
+        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"file", Absolute(output)}}
+                           .dump(-1, ' ', false, kReplaceInvalidUtf8)
+                    << "\n";
       } else {
-        context.out << bytes.size() << " bytes written to " << Absolute(queryOptions->output) << "\n";
+        context.out << data.size() << " bytes written to " << Absolute(output) << "\n";
       }
-    } else {
-      const std::string text = reply.AsString();
+    } else if (block) {
       if (context.json)
-        context.out << json{{"query", queryOptions->command}, {"reply", text}}.dump() << "\n";
+        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"hex", Hex(reply.AsBytes())}}
+                           .dump(-1, ' ', false, kReplaceInvalidUtf8)
+                    << "\n";
       else
-        context.out << text << "\n";
+        context.out << Hex(reply.AsBytes()) << "\n";
+    } else if (context.json) {
+      context.out << json{{"query", queryOptions->command}, {"reply", data}}.dump(-1, ' ', false, kReplaceInvalidUtf8)
+                  << "\n";
+    } else {
+      if (context.outIsTerminal && LooksBinary(data)) {
+        throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE,
+                         "The reply is binary (" + std::to_string(data.size()) +
+                             " bytes): write it with -o FILE, or -o - to send it to the terminal anyway.");
+      }
+      context.out << Reply(context, data) << "\n";
     }
     session.Finish();
   });
@@ -172,22 +266,30 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   waveform->add_option("--points,-p", waveformOptions->points, "100, 250, 500, 1000, 2000, or 0 for the whole record")
       ->check(CLI::IsMember({0, 100, 250, 500, 1000, 2000}))
       ->capture_default_str();
-  waveform->add_option("-o,--output", waveformOptions->output, "CSV file (default: standard output, unless --plot)");
-  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform");
+  waveform->add_option("-o,--output", waveformOptions->output,
+                       "CSV file (default: standard output, unless --plot; - for standard output)");
+  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform (- for standard output)");
   waveform->callback([&context, waveformOptions] {
+    if (IsStandardStream(waveformOptions->output) && IsStandardStream(waveformOptions->plot)) {
+      throw CLI::ValidationError("--output and --plot", "only one of them can go to standard output");
+    }
+    PrepareOutputFolder(context, waveformOptions->output, "CSV file");
+    PrepareOutputFolder(context, waveformOptions->plot, "Plot");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     const WaveformCapture capture = CaptureWaveform(control, waveformOptions->channel, waveformOptions->points);
     const std::string csv = WaveformCsv(capture);
-    if (!waveformOptions->output.empty()) WriteFileAtomically(waveformOptions->output, csv, "CSV file");
+    if (!waveformOptions->output.empty()) WriteOutput(context, waveformOptions->output, csv, "CSV file");
     if (!waveformOptions->plot.empty()) {
       const std::string title =
           "CH" + std::to_string(capture.channel) + "  " + std::to_string(capture.seconds.size()) + " POINTS";
-      PngPlot(capture.seconds, capture.volts, title).Save(waveformOptions->plot);
+      WriteOutput(context, waveformOptions->plot, PngPlot(capture.seconds, capture.volts, title).Encode(), "Plot");
     }
     const bool toStdout = waveformOptions->output.empty() && waveformOptions->plot.empty();
-    if (context.json) {
+    if (IsStandardStream(waveformOptions->output) || IsStandardStream(waveformOptions->plot)) {
+      // Standard output carries the file alone.
+    } else if (context.json) {
       json result{{"address", control.Address()}, {"channel", capture.channel}, {"points", capture.seconds.size()}};
       if (!waveformOptions->output.empty()) result["csv"] = Absolute(waveformOptions->output);
       if (!waveformOptions->plot.empty()) result["plot"] = Absolute(waveformOptions->plot);
@@ -195,7 +297,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
         result["time"] = capture.seconds;
         result["volts"] = capture.volts;
       }
-      context.out << result.dump() << "\n";
+      context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     } else if (toStdout) {
       context.out << csv;
     } else {
@@ -214,26 +316,29 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   };
   auto screenshotOptions = std::make_shared<ScreenshotOptions>();
   auto* screenshot = app.add_subcommand("screenshot", "Save the instrument's screen as an image file");
-  screenshot->add_option("FILE", screenshotOptions->file, "Image file")->required();
+  screenshot->add_option("FILE", screenshotOptions->file, "Image file (- for standard output)")->required();
   screenshot->add_option("--format,-f", screenshotOptions->format,
                          "bmp, gif, tif or jpg (default: by the file's extension, else bmp)")
       ->check(CLI::IsMember({"bmp", "gif", "tif", "tiff", "jpg", "jpeg"}, CLI::ignore_case));
   screenshot->callback([&context, screenshotOptions] {
-    Cvn73100_ImageFormat format = Cvn73100_ImageFormat_BMP;
-    if (!screenshotOptions->format.empty()) {
-      ImageFormatOfName(screenshotOptions->format, format);
-    } else {
-      ImageFormatOfName(std::filesystem::path(screenshotOptions->file).extension().string(), format);
-    }
+    const std::string& file = screenshotOptions->file;
+    const Cvn73100_ImageFormat format = ScreenshotFormat(file, screenshotOptions->format);
+    PrepareOutputFolder(context, file, "Screen image");
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
-    control.SaveScreenImage(screenshotOptions->file, format);
+    if (IsStandardStream(file)) {
+      const Picture picture = control.GetScreenImage(format);
+      WriteOutput(context, file, std::string(picture.data.begin(), picture.data.end()), "Screen image");
+      session.Finish();
+      return;
+    }
+    control.SaveScreenImage(file, format);
     std::error_code ec;
-    const auto size = std::filesystem::file_size(screenshotOptions->file, ec);
-    const std::string path = Absolute(screenshotOptions->file);
+    const auto size = std::filesystem::file_size(file, ec);
+    const std::string path = Absolute(file);
     if (context.json)
-      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump() << "\n";
+      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
       context.out << "Screen image (" << ImageExtension(format) << ", " << (ec ? 0 : size) << " bytes) written to "
                   << path << "\n";

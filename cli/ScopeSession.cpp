@@ -1,11 +1,28 @@
 #include "cli/ScopeSession.h"
 
+#include <algorithm>
+
 #include "cli/FormFile.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
 
 namespace cvn73100 {
+namespace {
+
+// Compared as the file would hold them (a 16-bit value read back from JSON is a Long), in any order.
+bool SameProperties(const MemoryPropertyBag& a, const MemoryPropertyBag& b) {
+  const auto sorted = [](const MemoryPropertyBag& bag) {
+    auto entries = bag.Entries();
+    std::sort(entries.begin(), entries.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+    MemoryPropertyBag copy;
+    for (auto& [key, value] : entries) copy.Set(key, std::move(value));
+    return FormFile::ToJson(copy);
+  };
+  return sorted(a) == sorted(b);
+}
+
+}  // namespace
 
 ScopeSession::ScopeSession(CliContext& context) : ScopeSession(context, Options{}) {}
 
@@ -30,9 +47,9 @@ void ScopeSession::Connect() {
 bool ScopeSession::Finish(bool force) {
   MemoryPropertyBag written;
   m_control->WriteProperties(written);
-  // Compared as the file would hold them: a 16-bit value read back from JSON is a Long.
-  if (!force && FormFile::ToJson(written) == FormFile::ToJson(m_loaded)) return false;
-  m_form.Save(written);
+  if (!force && SameProperties(written, m_loaded)) return false;
+  // Other commands may have changed the form since it was read: only this command's changes are applied.
+  m_form.SaveChanges(m_loaded, written);
   m_loaded = written;
   return true;
 }

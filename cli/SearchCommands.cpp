@@ -6,6 +6,7 @@
 
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"
+#include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "control/Cvn73100Scope.h"
@@ -56,7 +57,7 @@ void RegisterResources(CLI::App& app, CliContext& context) {
                           {"configFile", manager->Map().ConfigPath()},
                           {"boardMap", manager->DescribeBoardMap()},
                           {"resources", names}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }
@@ -83,7 +84,8 @@ void RegisterTest(CLI::App& app, CliContext& context) {
     // A copy of the control's I/O configuration: the address's keywords set its port's line settings for
     // this test only.
     const auto configuration = control.IOConfigurationPropertyPage();
-    configuration->SetActiveAddressString(*address);
+    NamingTheProperty("ADDRESS", *address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+                      [&] { configuration->SetActiveAddressString(*address); });
     CQueryInstrument query;
     query.Initialize(control.TXDelay(), configuration, control.IOManager());
     context.host.SetQuiet(context.json);
@@ -97,7 +99,7 @@ void RegisterTest(CLI::App& app, CliContext& context) {
                           {"reply", reply},
                           {"title", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().title)},
                           {"message", boxes.empty() ? "" : ConsoleHost::ToTerminal(boxes.back().prompt)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     }
     context.exitStatus = code == IDNSupported ? ExitStatus::OK : ExitStatus::TEST_BASE + code;
@@ -152,7 +154,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
                           {"excludedPorts", view.ExcludedPorts()},
                           {"address", control.Address()},
                           {"boxes", BoxesJson(context.host)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     } else {
       context.out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::PageCaption()) << "\n";
@@ -174,6 +176,7 @@ void RegisterUse(CLI::App& app, CliContext& context) {
   use->callback([&context, target] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
+    const std::string addressBefore = control.Address();
     const std::vector<TableRow> table = SearchResultsFile(session.FormPath()).Load();
 
     const TableRow* chosen = nullptr;
@@ -190,7 +193,8 @@ void RegisterUse(CLI::App& app, CliContext& context) {
       address = chosen->fullAddress;
     } else {
       CIOconfiguration parsed;
-      parsed.SetActiveAddressString(*target);
+      NamingTheProperty("ADDRESS", *target, "a row of the last search, GPIB0..3::0..30::INSTR or COM1..4[::…]",
+                        [&] { parsed.SetActiveAddressString(*target); });
       address = parsed.ActivePortIsGPIB() ? parsed.ActiveAddressString() : parsed.ActiveIOPort();
       for (const auto& entry : table)
         if (entry.fullAddress == address) chosen = &entry;
@@ -209,16 +213,23 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     if (!chosen) page.Test_Click();
     page.PropertyPage_ApplyChanges();
     page.PropertyPage_Terminate();
+    // A question answered Cancel (at the prompt, or for want of a terminal) leaves the form as it was.
+    if (context.host.Cancelled() > 0) {
+      context.exitStatus = ExitStatus::CANCELLED;
+      if (context.json) context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      else context.err << "Cancelled: the address stays " << addressBefore << ".\n";
+      return;
+    }
 
     if (context.json) {
       context.out << json{{"address", control.Address()},
                           {"identity", control.AddressInstrumentID()},
                           {"boxes", BoxesJson(context.host)}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     } else {
       context.out << "Address: " << control.Address() << "\n";
-      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << control.AddressInstrumentID() << "\n";
+      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << Reply(context, control.AddressInstrumentID()) << "\n";
     }
     session.Finish();
   });

@@ -7,6 +7,7 @@
 
 #include "cli/AtomicFile.h"
 #include "cli/CliContext.h"
+#include "cli/JsonText.h"
 
 namespace cvn73100 {
 namespace {
@@ -71,7 +72,7 @@ void SearchResultsFile::Save(const std::vector<TableRow>& table) const {
                         {"manufacturer", entry.row.manufacturer},
                         {"reply", entry.row.reply}});
   }
-  const std::string text = json{{"format", "cvnscope-search"}, {"version", 1}, {"rows", rows}}.dump(2) + "\n";
+  const std::string text = json{{"format", "cvnscope-search"}, {"version", 1}, {"rows", rows}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
 
   WriteFileAtomically(m_path, text, "Search results");
 }

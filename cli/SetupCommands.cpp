@@ -1,11 +1,14 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <fstream>
 #include <iomanip>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "cli/CliContext.h"
 #include "cli/ConsoleSetupsView.h"
+#include "cli/JsonText.h"
+#include "cli/OutputFile.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
@@ -82,7 +85,7 @@ class SetupsCommand {
           m_context.out << json{{"error",
                                  {{"source", ConsoleHost::ToTerminal(box.title)},
                                   {"description", ConsoleHost::ToTerminal(box.prompt)}}}}
-                               .dump()
+                               .dump(-1, ' ', false, kReplaceInvalidUtf8)
                         << "\n";
           break;
         }
@@ -91,7 +94,7 @@ class SetupsCommand {
     }
     if (host.Cancelled() > 0) {
       m_context.exitStatus = ExitStatus::CANCELLED;
-      if (m_context.json) m_context.out << json{{"cancelled", true}}.dump() << "\n";
+      if (m_context.json) m_context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return false;
     }
     return true;
@@ -110,7 +113,7 @@ class SetupsCommand {
       json result = SetupJson(setup);
       result["action"] = action;
       if (!file.empty()) result["file"] = file;
-      m_context.out << result.dump() << "\n";
+      m_context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     m_context.out << action << " " << setup.Name();
@@ -178,15 +181,24 @@ void RegisterSave(CLI::App& setup, CliContext& context) {
   auto* save = setup.add_subcommand(
       "save", "Save setup NAME as a setup file (always the native .scp format; replacing a file asks first)");
   save->add_option("NAME", options->name, "Setup name")->required();
-  save->add_option("FILE", options->file, "Setup file, e.g. s1.scp")->required();
+  save->add_option("FILE", options->file, "Setup file, e.g. s1.scp (- for standard output)")->required();
   save->callback([&context, options] {
+    const bool toStdout = IsStandardStream(options->file);
+    PrepareOutputFolder(context, options->file, "Setup file");
+    const ScratchFolder scratch;
+    const std::string file = toStdout ? scratch.PathOf(options->name + Cvn73100PPSetup::DEFAULT_EXTENSION) : options->file;
     SetupsCommand command(context);
     command.Select(options->name);
-    context.host.SetFileAnswer(options->file);
+    context.host.SetFileAnswer(file);
     command.Page().CommandSendToFile_Click();
     if (!command.Succeeded()) return;
     command.Apply();
-    std::filesystem::path path = Absolute(options->file);
+    if (toStdout) {
+      std::ifstream saved(file, std::ios::binary);
+      context.out << saved.rdbuf() << std::flush;
+      return;
+    }
+    std::filesystem::path path = Absolute(file);
     if (!path.has_extension()) path += Cvn73100PPSetup::DEFAULT_EXTENSION;
     command.Report("Saved", *command.Setup(options->name), path.string());
   });
@@ -201,36 +213,47 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
   auto* open = setup.add_subcommand(
       "open",
       "Read a setup file (.scp or .stp, recognised by content) into the setup named after the file, or renamed NAME");
-  open->add_option("FILE", options->file, "Setup file")->required();
+  open->add_option("FILE", options->file, "Setup file (- for standard input, with NAME)")->required();
   open->add_option("NAME", options->name, "Name for the setup (default: the file's base name)");
   open->callback([&context, options] {
+    const ScratchFolder scratch;
+    std::string file = options->file;
+    const std::string& name = options->name;
+    if (name.find('/') != std::string::npos) throw CLI::ValidationError("NAME", "a setup name holds no \"/\"");
+    if (IsStandardStream(file)) {
+      if (name.empty()) throw CLI::ValidationError("NAME", "a setup read from standard input needs a NAME");
+      file = scratch.FromStandardInput(name + Cvn73100PPSetup::DEFAULT_EXTENSION);
+    }
     std::error_code ec;
-    if (!std::filesystem::is_regular_file(options->file, ec))
-      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(options->file));
+    if (!std::filesystem::is_regular_file(file, ec))
+      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(file));
+    // The page names a setup after its file: under another NAME, a copy of that name is opened, so that
+    // the setup named after the original file is never touched.
+    if (!name.empty() && std::filesystem::path(file).stem() != name) {
+      const std::string copy = scratch.PathOf(name + std::filesystem::path(file).extension().string());
+      std::filesystem::copy_file(file, copy, std::filesystem::copy_options::overwrite_existing);
+      file = copy;
+    }
     SetupsCommand command(context);
-    context.host.SetFileAnswer(options->file);
+    context.host.SetFileAnswer(file);
     command.Page().CommandGetFromFile_Click();
     if (!command.Succeeded()) return;
-    std::string name = std::filesystem::path(options->file).stem().string();
-    if (!options->name.empty() && options->name != name) {
-      // Renamed as Edit Setup renames: the page checks the new name.
-      command.Select(name);
-      command.View().PrepareForm(options->name, command.Setup(name)->Comments(), false);
-      command.Page().frmsetupmenuEvents_EditClick();
-      if (!command.Succeeded()) return;
-      name = options->name;
-    }
     command.Apply();
-    command.Report("Opened", *command.Setup(name), Absolute(options->file));
+    const std::string opened = std::filesystem::path(file).stem().string();
+    command.Report("Opened", *command.Setup(opened), IsStandardStream(options->file) ? "-" : Absolute(options->file));
   });
 }
 
 void RegisterShow(CLI::App& setup, CliContext& context) {
-  auto file = std::make_shared<std::string>();
+  auto fileOption = std::make_shared<std::string>();
   auto* show = setup.add_subcommand("show", "Print what a setup file holds: model, version, comments, data length, format");
-  show->add_option("FILE", *file, "Setup file (.scp or .stp)")->required();
-  show->callback([&context, file] {
+  show->add_option("FILE", *fileOption, "Setup file (.scp or .stp; - for standard input)")->required();
+  show->callback([&context, fileOption] {
     ScopeSession session(context);
+    const ScratchFolder scratch;
+    const auto file = std::make_shared<std::string>(
+        IsStandardStream(*fileOption) ? scratch.FromStandardInput("standard-input") : *fileOption);
+    const std::string shownPath = IsStandardStream(*fileOption) ? "-" : Absolute(*file);
     std::error_code ec;
     if (!std::filesystem::is_regular_file(*file, ec))
       throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(*file));
@@ -241,18 +264,18 @@ void RegisterShow(CLI::App& setup, CliContext& context) {
     const std::string format = native ? "scp" : "stp";
     const std::string formatName = native ? "native setup file (.scp)" : "Wrenfold setup file (.stp, read only)";
     if (context.json) {
-      context.out << json{{"file", Absolute(*file)},
+      context.out << json{{"file", shownPath},
                           {"format", format},
                           {"model", read.Model()},
                           {"version", read.Version()},
                           {"comments", read.Comments()},
                           {"bytes", LearnStringLength(read)},
                           {"empty", !read.LearnString().has_value()}}
-                         .dump()
+                         .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
       return;
     }
-    context.out << "File:        " << Absolute(*file) << "\n"
+    context.out << "File:        " << shownPath << "\n"
                 << "Format:      " << formatName << "\n"
                 << "Model:       " << ConsoleHost::ToTerminal(read.Model()) << "\n"
                 << "Version:     " << read.Version() << "\n"
@@ -275,7 +298,7 @@ void RegisterList(CLI::App& setup, CliContext& context) {
         entry["current"] = row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON;
         setups.push_back(entry);
       }
-      context.out << json{{"setups", setups}}.dump() << "\n";
+      context.out << json{{"setups", setups}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
     const SetupsPageCaptions captions = SetupsPageCaptions::Load();
@@ -311,7 +334,7 @@ void RegisterRemove(CLI::App& setup, CliContext& context) {
     if (!command.Succeeded()) return;
     command.Apply();
     if (context.json)
-      context.out << json{{"removed", *name}}.dump() << "\n";
+      context.out << json{{"removed", *name}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
       context.out << "Removed " << *name << "\n";
   });

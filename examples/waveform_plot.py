@@ -77,6 +77,8 @@ def main():
             scope.address = args.address
             scope.initialize()
             identity = scope.query("*IDN?")
+            # An instrument sends no record for a channel that is off.
+            scope.analog_channels[args.channel].display = cvn73100.OnOffState.ON
             times, volts = scope.waveform(args.channel, args.points)
             instrument = simulated(scope)
     except cvn73100.ScopeError as error:

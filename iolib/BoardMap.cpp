@@ -7,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/UserFolders.h"
+
 namespace cvn73100::io {
 namespace {
 
@@ -108,7 +110,12 @@ std::optional<std::string> ReadFile(const std::string& path) {
   return text;
 }
 
+// The process's environment; HOME, when unset, is the home folder of the password database.
 std::optional<std::string> GetEnv(const std::string& name) {
+  if (name == "HOME") {
+    std::string home = HomeFolder();
+    return home.empty() ? std::nullopt : std::optional(std::move(home));
+  }
   const char* value = std::getenv(name.c_str());
   if (value == nullptr) return std::nullopt;
   return std::string(value);

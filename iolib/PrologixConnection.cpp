@@ -14,6 +14,8 @@ constexpr std::uint8_t kEsc = 27;
 constexpr auto kConnectTime = std::chrono::seconds(2);
 constexpr std::int32_t kUsbBaud = 115200;
 constexpr std::size_t kMaxVersionBytes = 256;
+// Time the adapter may take to pass on an answer after its own read timeout.
+constexpr int kAnswerMarginMs = 100;
 
 std::string KeyOf(const BoardMap::GpibTarget& target) {
   if (target.kind == BoardMap::GpibKind::PrologixTcp) return "tcp:" + target.host + ":" + std::to_string(target.port);
@@ -124,6 +126,31 @@ void PrologixConnection::RequestRead(const void* owner, int readTimeoutMs, const
   }
   Command("read eoi", deadline);
   m_readOwner = owner;
+}
+
+int PrologixConnection::SerialPoll(const Deadline& deadline) {
+  // Long enough for any device to take its turn on the bus; an absent one leaves the adapter silent.
+  constexpr int kPollTimeoutMs = 50;
+  if (m_readTimeoutMs != kPollTimeoutMs) {
+    Command("read_tmo_ms " + std::to_string(kPollTimeoutMs), deadline);
+    m_readTimeoutMs = kPollTimeoutMs;
+  }
+  Command("spoll", deadline);
+  const Deadline answer(std::min(deadline.End(), std::chrono::steady_clock::now() +
+                                                     std::chrono::milliseconds(kPollTimeoutMs + kAnswerMarginMs)));
+  std::string line;
+  std::uint8_t byte = 0;
+  while (Receive(&byte, 1, answer) == 1) {
+    if (byte == '\n') {
+      try {
+        return std::stoi(line);
+      } catch (const std::exception&) {
+        return -1;
+      }
+    }
+    line += static_cast<char>(byte);
+  }
+  return -1;
 }
 
 std::size_t PrologixConnection::Receive(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {

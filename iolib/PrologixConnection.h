@@ -44,6 +44,9 @@ class PrologixConnection {
   // Sets the adapter's inter-character read timeout (clamped to 1..3000 ms) and sends "++read eoi";
   // `owner` is the reader the coming bytes belong to.
   void RequestRead(const void* owner, int readTimeoutMs, const Deadline& deadline);
+  // Serial-polls the selected address under a short adapter timeout; returns the status byte, or -1 when no
+  // device answers there. For use when no read is in progress.
+  int SerialPoll(const Deadline& deadline);
   // The reader whose "++read" output may still be arriving (an orphaned read has an owner of its own), or nullptr.
   const void* ReadOwner() const { return m_readOwner; }
   void EndRead() { m_readOwner = nullptr; }

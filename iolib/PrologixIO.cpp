@@ -25,6 +25,7 @@ void PrologixIO::DoWrite(const std::uint8_t* data, std::size_t size, bool, const
 
 std::size_t PrologixIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, const Deadline& deadline, bool& end) {
   end = false;
+  if (m_noListener) return 0;
   auto lock = m_connection->Lock();
   if (m_connection->ReadOwner() != this) {
     if (m_connection->ReadOwner() != nullptr) Resync();
@@ -32,24 +33,23 @@ std::size_t PrologixIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, 
     m_connection->RequestRead(this, Timeout(), deadline);
     m_lastHeard = std::chrono::steady_clock::now();
   }
-  for (;;) {
-    const auto adapterGivesUp = m_lastHeard + std::chrono::milliseconds(m_connection->ReadTimeoutMs()) + kReadEndMargin;
-    const Deadline slice(std::min(deadline.End(), adapterGivesUp));
-    const std::size_t n = m_connection->Receive(buffer, max, slice);
-    if (n > 0) {
-      m_lastHeard = std::chrono::steady_clock::now();
-      return n;
-    }
-    if (deadline.Expired()) return 0;
-    // The adapter's read ended in silence but ours has time left: ask again.
-    m_connection->RequestRead(this, Timeout(), deadline);
-    m_lastHeard = std::chrono::steady_clock::now();
-  }
+  // One read request per reply: asking again would address the instrument to talk a second time for one query,
+  // which it reports as an unterminated query. When the adapter's read ends in silence, the reply is late or
+  // will not come.
+  const auto adapterGivesUp = m_lastHeard + std::chrono::milliseconds(m_connection->ReadTimeoutMs()) + kReadEndMargin;
+  const std::size_t n = m_connection->Receive(buffer, max, Deadline(std::min(deadline.End(), adapterGivesUp)));
+  if (n > 0) m_lastHeard = std::chrono::steady_clock::now();
+  return n;
 }
 
 void PrologixIO::DoClear(const Deadline& deadline) {
   auto lock = m_connection->Lock();
+  if (m_connection->ReadOwner() != nullptr) Resync();
   m_connection->Select(m_address, deadline);
+  // The adapter reports no error for an address nobody listens at; a serial poll that goes unanswered finds
+  // it at once, and reads then end at once rather than after the whole reply timeout.
+  m_noListener = m_connection->SerialPoll(deadline) < 0;
+  if (m_noListener) return;
   m_connection->Command("clr", deadline);
   Resync();
 }
@@ -69,7 +69,9 @@ void PrologixIO::Resync() {
   m_connection->Resync(Deadline(std::chrono::milliseconds(adapterWaits) + kResyncMargin));
 }
 
-void PrologixIO::AfterReadTimeout(bool) { DoClear(CallDeadline()); }
+void PrologixIO::AfterReadTimeout(bool) {
+  if (!m_noListener) DoClear(CallDeadline());
+}
 
 void PrologixIO::MessageEnded() {
   auto lock = m_connection->Lock();

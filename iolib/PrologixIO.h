@@ -43,6 +43,8 @@ class PrologixIO : public MessageIO {
   void Resync();
 
   std::shared_ptr<PrologixConnection> m_connection;
+  // The last device clear found nobody at the address (see DoClear).
+  bool m_noListener = false;
   int m_address;
   std::chrono::steady_clock::time_point m_lastHeard{};
 };

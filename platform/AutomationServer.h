@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/Enumerations.h"
 #include "platform/InstrumentIO.h"
@@ -113,6 +114,8 @@ class IUtilities {
   virtual std::string InstrumentFirmwareVersion() = 0;
   // The instrument's oldest queued error as "<code>,<text>"; "" when the queue is empty.
   virtual std::string QueryInstrumentError() = 0;
+  // Every queued error, oldest first, each as "<code>,<text>"; the queue is empty afterwards.
+  virtual std::vector<std::string> DrainInstrumentErrors() = 0;
 };
 
 // The automation server of the 73100 family: one connection, its sub-objects and its operations.

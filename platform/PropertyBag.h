@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,11 +34,19 @@ class MemoryPropertyBag : public PropertyBag {
   bool Contains(const std::string& key) const;
   // Stores a value as it is, default or not (for loading a bag from a file).
   void Set(const std::string& key, Variant value);
-  void Clear() { m_entries.clear(); }
+  void Erase(const std::string& key);
+  void Clear() {
+    m_entries.clear();
+    m_index.clear();
+  }
+  // In the order the keys were first written.
   const std::vector<std::pair<std::string, Variant>>& Entries() const { return m_entries; }
 
  private:
+  const Variant* Find(const std::string& key) const;
+
   std::vector<std::pair<std::string, Variant>> m_entries;
+  std::unordered_map<std::string, std::size_t> m_index;  // key -> position in m_entries
 };
 
 }  // namespace cvn73100

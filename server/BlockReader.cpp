@@ -57,8 +57,7 @@ std::string BlockReader::Header(std::size_t length) {
 std::size_t BlockReader::ReadSome(std::size_t count, Bytes& out) {
   const auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
   if (remaining <= 0) throw IOError(IOERR_TIMEOUT, "transfer deadline passed");
-  const auto timeout =
-      static_cast<std::int32_t>(std::min<long long>(remaining, std::numeric_limits<std::int32_t>::max()));
+  const auto timeout = static_cast<std::int32_t>(std::min<long long>(remaining, m_silenceMs));
   if (timeout != m_timeoutSet) {
     m_io.SetTimeout(timeout);
     m_timeoutSet = timeout;
@@ -84,8 +83,13 @@ std::uint8_t BlockReader::ReadHeaderByte(const char* what) {
 Bytes BlockReader::Read() {
   TimeoutRestorer restorer(m_io);
   m_start = Clock::now();
-  m_deadline = m_start + std::chrono::milliseconds(std::max(restorer.Original(), 1));
+  m_silenceMs = std::max(restorer.Original(), 1);
+  m_deadline = m_start + std::chrono::milliseconds(m_silenceMs);
   m_timeoutSet = -1;
+  // Each read asks for no more than the line carries in one Timeout at its slowest allowed rate, so that
+  // a read's own limit is the silence limit.
+  m_silenceChunk = std::max<std::size_t>(
+      64, static_cast<std::size_t>(m_msPerByte > 0 ? m_silenceMs / m_msPerByte : LARGEST_CHUNK));
 
   // No reply at all is the I/O library's timeout, passed on as it is.
   Bytes first;
@@ -106,6 +110,10 @@ Bytes BlockReader::Read() {
     throw ServerError(SERVERERR_BLOCK_TOO_LARGE,
                       std::to_string(length) + " bytes declared, at most " + std::to_string(m_cap) + " accepted");
   }
+  if (m_expected && length != *m_expected) {
+    throw ServerError(SERVERERR_BLOCK_HEADER, std::to_string(length) + " bytes declared, " +
+                                                  std::to_string(*m_expected) + " announced by the preamble");
+  }
 
   // One deadline for the whole transfer, fixed now that its length is known.
   m_deadline +=
@@ -114,14 +122,18 @@ Bytes BlockReader::Read() {
   Bytes data;
   const auto declared = static_cast<std::size_t>(length);
   while (data.size() < declared) {
-    const std::size_t chunk = std::min(declared - data.size(), std::clamp(data.size(), FIRST_CHUNK, LARGEST_CHUNK));
+    const std::size_t chunk = std::min({declared - data.size(), std::clamp(data.size(), FIRST_CHUNK, LARGEST_CHUNK),
+                                       m_silenceChunk});
     std::size_t got = 0;
     try {
       got = ReadSome(chunk, data);
     } catch (const ScopeError& e) {
       if (!IsTimeout(e)) throw;
-      throw ServerError(SERVERERR_BLOCK_SHORT, "no more data after " + std::to_string(data.size()) + " of " +
-                                                   std::to_string(declared) + " bytes");
+      const bool late = Clock::now() >= m_deadline;
+      throw ServerError(SERVERERR_BLOCK_SHORT, std::to_string(data.size()) + " of " + std::to_string(declared) +
+                                                   " declared bytes received, then " +
+                                                   (late ? "the transfer's time ran out" : "silence for " +
+                                                               std::to_string(m_silenceMs) + " ms"));
     }
     if (got < chunk) {
       throw ServerError(SERVERERR_BLOCK_SHORT, "the reply ended after " + std::to_string(data.size()) + " of " +

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/InstrumentIO.h"
@@ -15,8 +16,10 @@ namespace cvn73100::server {
 //   only as bytes arrive, so a lying header costs nothing;
 // - a block that ends early, stops arriving, or has a malformed header is an error of its own;
 // - "#0" (indefinite length) is refused;
-// - the whole transfer has one deadline: the channel's Timeout plus the time the declared length
-//   needs on the line, counted from the start of the read.
+// - a declared length other than the one the caller expects (from a preamble) is refused at once;
+// - silence longer than the channel's Timeout ends the read, wherever it falls;
+// - the whole transfer also has one deadline: the channel's Timeout plus the time the declared length
+//   needs on the line, counted from the start of the read, so a slow drip cannot hold it forever.
 class BlockReader {
  public:
   static constexpr std::size_t SETUP_CAP = std::size_t{1} << 20;      // learn strings
@@ -26,6 +29,9 @@ class BlockReader {
   // `cap`: the largest declared length accepted. `msPerByte`: time allowed per declared byte on top
   // of the channel's Timeout (see AllowancePerByte).
   BlockReader(IInstrumentIO& io, std::size_t cap, double msPerByte);
+
+  // The length the block must declare; another is refused before any data is read.
+  void Expect(std::size_t length) { m_expected = length; }
 
   // Reads the block; the channel's Timeout is restored afterwards. Raises SERVERERR_BLOCK_* for a bad
   // or incomplete block, and the I/O library's error (e.g. a timeout before the first byte) otherwise.
@@ -53,6 +59,9 @@ class BlockReader {
   Clock::time_point m_start;
   Clock::time_point m_deadline;
   std::int32_t m_timeoutSet = -1;
+  std::int32_t m_silenceMs = 0;
+  std::size_t m_silenceChunk = 0;
+  std::optional<std::size_t> m_expected;
 };
 
 }  // namespace cvn73100::server

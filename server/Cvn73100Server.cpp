@@ -7,7 +7,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
+#include "platform/AtomicFile.h"
 #include "platform/Components.h"
 #include "server/BlockReader.h"
 #include "server/ImageHeader.h"
@@ -23,6 +25,7 @@ constexpr Cvn73100_WaveformPoints kPoints[] = {Cvn73100_DataPoints_ALL,  Cvn7310
                                                Cvn73100_DataPoints_1000, Cvn73100_DataPoints_2000};
 constexpr int FORMAT_BYTE = 0;
 constexpr int FORMAT_WORD = 1;
+constexpr int FORMAT_ASCII = 4;
 
 // The ten fields of ":WAVeform:PREamble?": format, type, points, count, then x increment, origin and
 // reference, then y increment, origin and reference. A sample i lies at
@@ -66,76 +69,57 @@ struct Preamble {
 
 struct Record {
   Preamble preamble;
-  Bytes data;
-
-  // The code of sample i, WORD samples most significant byte first.
-  double Code(std::size_t i) const {
-    if (preamble.format == FORMAT_WORD) return static_cast<double>(data[2 * i] << 8 | data[2 * i + 1]);
-    return data[i];
-  }
+  std::vector<double> codes;  // one per point; the preamble turns them into volts or logic words
 };
+
+// The codes of a WORD (most significant byte first), BYTE or ASCii block.
+std::vector<double> Codes(const Bytes& data, int format) {
+  std::vector<double> codes;
+  if (format == FORMAT_ASCII) {
+    std::size_t start = 0;
+    const std::string text(data.begin(), data.end());
+    while (start < text.size()) {
+      const std::size_t comma = std::min(text.find(',', start), text.size());
+      codes.push_back(ScpiChannel::ParseReal(text.substr(start, comma - start)));
+      start = comma + 1;
+    }
+    return codes;
+  }
+  const std::size_t width = format == FORMAT_WORD ? 2 : 1;
+  codes.reserve(data.size() / width);
+  for (std::size_t i = 0; i + width <= data.size(); i += width) {
+    codes.push_back(width == 2 ? static_cast<double>(data[i] << 8 | data[i + 1]) : data[i]);
+  }
+  return codes;
+}
 
 std::string PointsArgument(Cvn73100_WaveformPoints points) {
   const std::string number = scpi::Argument<Cvn73100_WaveformPoints>(points, kPoints, "waveform points");
   return points == Cvn73100_DataPoints_ALL ? "MAXimum" : number;
 }
 
-// Selects `source` and fetches its preamble and data in `format`.
+// Selects `source` and fetches its preamble and data in `format`; a line with XON/XOFF flow control would take
+// the bytes 0x11 and 0x13 of a binary record for flow control, so there the record comes as ASCII numbers.
 Record FetchRecord(ScpiChannel& channel, const std::string& source, Cvn73100_WaveformPoints points, int format) {
-  channel.Write(":WAVeform:SOURce " + source + ";:WAVeform:FORMat " + (format == FORMAT_WORD ? "WORD" : "BYTE") +
-                ";:WAVeform:POINts " + PointsArgument(points));
+  if (channel.UsesSoftwareFlowControl()) format = FORMAT_ASCII;
+  const char* formatName = format == FORMAT_ASCII ? "ASCii" : format == FORMAT_WORD ? "WORD" : "BYTE";
+  channel.Set(":WAVeform:SOURce " + source + ";:WAVeform:FORMat " + formatName + ";:WAVeform:POINts " +
+              PointsArgument(points));
   Record record;
   record.preamble = Preamble::Parse(channel.Query(":WAVeform:PREamble?"));
   if (record.preamble.format != format) throw ServerError(SERVERERR_BAD_REPLY, "waveform format not as asked");
-  record.data = channel.QueryBlock(":WAVeform:DATA?", BlockReader::WAVEFORM_CAP);
-  const std::size_t expected = static_cast<std::size_t>(record.preamble.points) * (format == FORMAT_WORD ? 2 : 1);
-  if (record.data.size() != expected) {
-    throw ServerError(SERVERERR_BAD_REPLY, std::to_string(record.data.size()) + " bytes of waveform data for " +
+  // A binary record's length follows from the preamble; ASCII numbers have no fixed width.
+  std::optional<std::size_t> expected;
+  if (format != FORMAT_ASCII) {
+    expected = static_cast<std::size_t>(record.preamble.points) * (format == FORMAT_WORD ? 2 : 1);
+  }
+  const Bytes data = channel.QueryBlock(":WAVeform:DATA?", BlockReader::WAVEFORM_CAP, expected);
+  record.codes = Codes(data, format);
+  if (record.codes.size() != static_cast<std::size_t>(record.preamble.points)) {
+    throw ServerError(SERVERERR_BAD_REPLY, std::to_string(data.size()) + " bytes of waveform data for " +
                                                std::to_string(record.preamble.points) + " points");
   }
   return record;
-}
-
-[[noreturn]] void FileFailure(const std::string& path, const char* step, int error) {
-  throw ServerError(SERVERERR_FILE, path + ": " + step + ": " + std::strerror(error));
-}
-
-// A name beside `path` that no other writer uses.
-std::string TemporaryName(const std::string& path) {
-  static std::atomic<unsigned> counter{0};
-  return path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(++counter);
-}
-
-// Writes `data` to a temporary file beside `path`, flushes it to the disk and renames it over `path`, so
-// readers see the old file or the whole new one.
-void WriteWholeFile(const std::string& path, const Bytes& data) {
-  const std::string temp = TemporaryName(path);
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-  if (fd < 0) FileFailure(path, "create", errno);
-  auto fail = [&](const char* step) {
-    const int error = errno;
-    ::close(fd);
-    ::unlink(temp.c_str());
-    FileFailure(path, step, error);
-  };
-  std::size_t done = 0;
-  while (done < data.size()) {
-    const ssize_t n = ::write(fd, data.data() + done, data.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) fail("write");
-    done += static_cast<std::size_t>(n);
-  }
-  if (::fsync(fd) != 0) fail("sync");
-  if (::close(fd) != 0) {
-    const int error = errno;
-    ::unlink(temp.c_str());
-    FileFailure(path, "close", error);
-  }
-  if (::rename(temp.c_str(), path.c_str()) != 0) {
-    const int error = errno;
-    ::unlink(temp.c_str());
-    FileFailure(path, "rename", error);
-  }
 }
 
 }  // namespace
@@ -175,11 +159,13 @@ void Cvn73100Server::SetIOManager(std::shared_ptr<IIOManager> ioManager) {
   m_channel.SetIOManager(std::move(ioManager));
 }
 
+// Autoscale and digitize may take longer than a reply is waited for, so they are not followed by the error
+// query; the next checked command reports what they left in the queue.
 void Cvn73100Server::AutoScale() { m_channel.Write(":AUToscale"); }
 void Cvn73100Server::Digitize() { m_channel.Write(":DIGitize"); }
-void Cvn73100Server::Run() { m_channel.Write(":RUN"); }
-void Cvn73100Server::SingleTrigger() { m_channel.Write(":SINGle"); }
-void Cvn73100Server::StopTrigger() { m_channel.Write(":STOP"); }
+void Cvn73100Server::Run() { m_channel.Set(":RUN"); }
+void Cvn73100Server::SingleTrigger() { m_channel.Set(":SINGle"); }
+void Cvn73100Server::StopTrigger() { m_channel.Set(":STOP"); }
 
 void Cvn73100Server::Output(const Variant& outputBuffer) {
   IInstrumentIO& io = m_channel.ForWriting();
@@ -219,13 +205,19 @@ void Cvn73100Server::WriteBytes(std::int32_t count, Bytes& buffer) {
 
 void Cvn73100Server::GetWaveformData(Cvn73100_AnalogChannels channel, Cvn73100_WaveformPoints points, Variant& time,
                                      Variant& data) {
-  const Record record = FetchRecord(m_channel, scpi::ChannelNode(channel).substr(1), points, FORMAT_WORD);
+  // An instrument refuses the record of a channel that is off without a reply; asking first saves the wait.
+  const std::string node = scpi::ChannelNode(channel);
+  if (!m_channel.QueryBoolean(node + ":DISPlay?")) {
+    throw ServerError(SERVERERR_UNSUPPORTED, "channel " + std::to_string(channel) +
+                                                 " is off; switch it on before reading its waveform");
+  }
+  const Record record = FetchRecord(m_channel, node.substr(1), points, FORMAT_WORD);
   const auto n = static_cast<std::size_t>(record.preamble.points);
   Variant::Doubles seconds(n);
   Variant::Doubles volts(n);
   for (std::size_t i = 0; i < n; ++i) {
     seconds[i] = record.preamble.Time(i);
-    volts[i] = record.preamble.Value(record.Code(i));
+    volts[i] = record.preamble.Value(record.codes[i]);
   }
   time = Variant(std::move(seconds));
   data = Variant(std::move(volts));
@@ -253,7 +245,7 @@ void Cvn73100Server::GetLogicData(Cvn73100_WaveformPoints points, Variant& time,
   Variant::Array words(n);
   for (std::size_t i = 0; i < n; ++i) {
     seconds[i] = low.preamble.Time(i);
-    words[i] = Variant(static_cast<std::int32_t>(high.data[i] << 8 | low.data[i]));
+    words[i] = Variant(static_cast<std::int32_t>(high.codes[i]) << 8 | static_cast<std::int32_t>(low.codes[i]));
   }
   time = Variant(std::move(seconds));
   data = Variant(std::move(words));
@@ -261,9 +253,16 @@ void Cvn73100Server::GetLogicData(Cvn73100_WaveformPoints points, Variant& time,
 
 Picture Cvn73100Server::GetScreenImage(Cvn73100_ImageFormat format) {
   const std::string keyword = ImageHeader::Keyword(format);
+  m_channel.RequireBinarySafeLine("screen images");
   Picture picture;
   picture.format = format;
-  picture.data = m_channel.QueryBlock(":DISPlay:DATA? " + keyword, BlockReader::IMAGE_CAP);
+  try {
+    picture.data = m_channel.QueryBlock(":DISPlay:DATA? " + keyword, BlockReader::IMAGE_CAP);
+  } catch (const ScopeError& error) {
+    if (ServerErrorCondition(error) != SERVERERR_INSTRUMENT) throw;
+    throw ServerError(SERVERERR_UNSUPPORTED, std::string("the instrument does not send ") + keyword +
+                                                 " screen images: " + error.Description());
+  }
   const ImageHeader header = ImageHeader::Read(format, picture.data);
   picture.mimeType = header.mimeType;
   picture.width = header.width;
@@ -273,7 +272,13 @@ Picture Cvn73100Server::GetScreenImage(Cvn73100_ImageFormat format) {
 
 void Cvn73100Server::SaveScreenImage(const std::string& fileName, Cvn73100_ImageFormat format) {
   if (fileName.empty()) throw ServerError(SERVERERR_BAD_ARGUMENT, "no file name");
-  WriteWholeFile(fileName, GetScreenImage(format).data);
+  const Picture picture = GetScreenImage(format);
+  try {
+    ReplaceFileAtomically(fileName, {std::string_view(reinterpret_cast<const char*>(picture.data.data()),
+                                                      picture.data.size())});
+  } catch (const AtomicFileError& error) {
+    throw ServerError(SERVERERR_FILE, error.what());
+  }
 }
 
 void RegisterAutomationServer() {

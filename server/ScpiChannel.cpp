@@ -4,9 +4,11 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 #include "platform/Components.h"
 #include "server/BlockReader.h"
+#include "server/ScpiText.h"
 #include "server/ServerAddress.h"
 #include "server/ServerError.h"
 
@@ -19,6 +21,19 @@ constexpr std::int16_t STOP_BITS = 1;
 constexpr const char* SYNC_QUERY = "*OPC?;*OPC?";
 constexpr const char* SYNC_ANSWER = "1;1";
 constexpr std::int32_t RESYNC_QUIET_MS = 50;
+constexpr const char* ERROR_QUERY = ":SYSTem:ERRor?";
+// A queue longer than this is not being emptied (an instrument that never answers "no error").
+constexpr std::size_t MAX_DRAINED_ERRORS = 64;
+// The instrument's "no value" / overrange: 9.9E+37, 9.91E+37 for not-a-number.
+constexpr double NO_VALUE = 9.9e37;
+
+bool IsTimeout(const ScopeError& error) { return IOErrorCondition(error) == IOERR_TIMEOUT; }
+
+std::string Joined(const std::vector<std::string>& entries) {
+  std::string text;
+  for (const std::string& entry : entries) text += (text.empty() ? "" : "; ") + entry;
+  return text;
+}
 
 std::string Trim(const std::string& text) {
   const auto begin = text.find_first_not_of(" \t\r\n");
@@ -151,10 +166,12 @@ std::int32_t ScpiChannel::ReadBytes(std::int32_t count, Bytes& buffer) {
   return Reading([&](IInstrumentIO& io) { return io.ReadBytes(count, buffer); });
 }
 
-Bytes ScpiChannel::ReadBlock(std::size_t cap) {
+Bytes ScpiChannel::ReadBlock(std::size_t cap, std::optional<std::size_t> expected) {
   IInstrumentIO& io = IO();
   try {
-    return BlockReader(io, cap, BlockReader::AllowancePerByte(io)).Read();
+    BlockReader reader(io, cap, BlockReader::AllowancePerByte(io));
+    if (expected) reader.Expect(*expected);
+    return reader.Read();
   } catch (const ScopeError&) {
     // The rest of a refused, broken or late reply must not be taken for the answer to the next query; on a
     // serial line more of it may still be on its way.
@@ -169,11 +186,85 @@ Bytes ScpiChannel::ReadBlock(std::size_t cap) {
 
 void ScpiChannel::Write(const std::string& command) { ForWriting().Output(command); }
 
-std::string ScpiChannel::Query(const std::string& query) {
+template <class Read>
+auto ScpiChannel::Asking(const std::string& query, Read&& read) {
   ForWriting().Output(query);
+  try {
+    return read();
+  } catch (const ScopeError& error) {
+    if (!IsTimeout(error)) throw;
+    const std::vector<std::string> entries = DrainErrors();
+    if (entries.empty()) throw;
+    throw ServerError(SERVERERR_INSTRUMENT, Joined(entries) + " after " + query + "; no reply within " +
+                                                std::to_string(IO().Timeout()) + " ms");
+  }
+}
+
+std::string ScpiChannel::Query(const std::string& query) {
+  return Asking(query, [&] {
+    std::string reply;
+    Enter(reply, "K");
+    return reply;
+  });
+}
+
+void ScpiChannel::Set(const std::string& command) {
+  ForWriting().Output(command + ";" + ERROR_QUERY);
   std::string reply;
-  Enter(reply, "K");
-  return reply;
+  std::vector<std::string> entries;
+  try {
+    Enter(reply, "K");
+    if (ErrorNumber(reply) == 0) return;
+    entries.push_back(Trim(reply));
+  } catch (const ScopeError& error) {
+    // A command the instrument could not parse ends its message before the error query.
+    if (!IsTimeout(error)) throw;
+    entries = DrainErrors();
+    if (entries.empty()) throw;
+  }
+  const std::vector<std::string> more = DrainErrors();
+  entries.insert(entries.end(), more.begin(), more.end());
+  throw ServerError(SERVERERR_INSTRUMENT, Joined(entries) + " after " + command);
+}
+
+std::vector<std::string> ScpiChannel::DrainErrors() {
+  std::vector<std::string> entries;
+  for (;;) {
+    ForWriting().Output(ERROR_QUERY);
+    std::string reply;
+    Enter(reply, "K");
+    if (ErrorNumber(reply) == 0) return entries;
+    entries.push_back(Trim(reply));
+    if (entries.size() == MAX_DRAINED_ERRORS) {
+      throw ServerError(SERVERERR_BAD_REPLY, "the error queue does not empty: " + Joined(entries).substr(0, 200));
+    }
+  }
+}
+
+std::int32_t ScpiChannel::ErrorNumber(const std::string& entry) {
+  const std::string text = Trim(entry);
+  const std::size_t comma = text.find(',');
+  std::int32_t number = 0;
+  const char* first = text.data() + (!text.empty() && text[0] == '+' ? 1 : 0);
+  const char* last = text.data() + std::min(comma, text.size());
+  const auto [end, ec] = std::from_chars(first, last, number);
+  if (comma == std::string::npos || ec != std::errc() || end != last) {
+    throw ServerError(SERVERERR_BAD_REPLY, "error queue reply \"" + text.substr(0, 40) + "\"");
+  }
+  return number;
+}
+
+bool ScpiChannel::UsesSoftwareFlowControl() const {
+  ISerialIO* serial = IO().Serial();
+  return serial != nullptr && serial->Handshake() == RS232_HandShake_XON_XOFF;
+}
+
+void ScpiChannel::RequireBinarySafeLine(const char* what) const {
+  if (!UsesSoftwareFlowControl()) return;
+  throw ServerError(SERVERERR_UNSUPPORTED,
+                    std::string(what) + " are binary and XON/XOFF flow control on " + m_address +
+                        " would take their bytes 0x11 and 0x13 for flow control; use hardware handshake: "
+                        "Handshake=DTR_DSR in the address, or `cvnscope config serial`");
 }
 
 double ScpiChannel::ParseReal(const std::string& text) {
@@ -186,7 +277,7 @@ double ScpiChannel::ParseReal(const std::string& text) {
   if (trimmed.empty() || ec != std::errc() || end != last || !std::isfinite(value)) {
     throw ServerError(SERVERERR_BAD_REPLY, "\"" + text.substr(0, 40) + "\" is not a number");
   }
-  return value;
+  return std::abs(value) >= NO_VALUE ? std::numeric_limits<double>::quiet_NaN() : value;
 }
 
 double ScpiChannel::QueryReal(const std::string& query) { return ParseReal(Query(query)); }
@@ -200,9 +291,19 @@ std::int32_t ScpiChannel::QueryInteger(const std::string& query) {
   return static_cast<std::int32_t>(value);
 }
 
-Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap) {
-  ForWriting().Output(query);
-  return ReadBlock(cap);
+std::int32_t ScpiChannel::QueryKeyword(const std::string& query, std::span<const ::cvn73100::scpi::Mnemonic> table,
+                                       const char* what) {
+  return scpi::KeywordReply<std::int32_t>(Query(query), table, what);
+}
+
+bool ScpiChannel::QueryBoolean(const std::string& query) {
+  const std::string reply = Trim(Query(query));
+  if (reply == "0" || reply == "1") return reply == "1";
+  return scpi::KeywordReply<std::int32_t>(reply, scpi::ON_OFF, "on/off state") != 0;
+}
+
+Bytes ScpiChannel::QueryBlock(const std::string& query, std::size_t cap, std::optional<std::size_t> expected) {
+  return Asking(query, [&] { return ReadBlock(cap, expected); });
 }
 
 void ScpiChannel::WriteBlock(const std::string& header, const Bytes& data) {

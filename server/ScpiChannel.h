@@ -2,9 +2,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/InstrumentIO.h"
+#include "platform/ScpiMnemonics.h"
 #include "platform/Variant.h"
 
 namespace cvn73100::server {
@@ -42,26 +46,48 @@ class ScpiChannel {
   std::int32_t ReadBytes(std::int32_t count, Bytes& buffer);
   // Reads a definite-length block of at most `cap` bytes. A failed transfer clears the channel so the next
   // command starts on an empty line.
-  Bytes ReadBlock(std::size_t cap);
+  Bytes ReadBlock(std::size_t cap, std::optional<std::size_t> expected = std::nullopt);
 
   void Write(const std::string& command);
-  // Sends `query` and reads one reply line.
+  // Sends a settings command and the error query in one message; an entry in the instrument's error queue
+  // fails it with SERVERERR_INSTRUMENT naming the instrument's number, text and `command`.
+  void Set(const std::string& command);
+  // Sends `query` and reads one reply line. A query the instrument rejects sends nothing back: when no reply
+  // comes, the error queue is read and its entries reported in place of the bare timeout.
   std::string Query(const std::string& query);
-  // A reply read as a number; raises SERVERERR_BAD_REPLY when it is not one.
+  // A reply read as a number; raises SERVERERR_BAD_REPLY when it is not one. The instrument's "no value"
+  // (9.9E+37 and beyond) reads as NaN.
   double QueryReal(const std::string& query);
-  // A reply read as a whole number (an enumerated setting).
+  // A reply read as a whole number (a count or a ratio).
   std::int32_t QueryInteger(const std::string& query);
-  // Sends `query` and reads the definite-length block of its reply (ReadBlock).
-  Bytes QueryBlock(const std::string& query, std::size_t cap);
+  // A reply read as one of the table's keywords; returns its value.
+  std::int32_t QueryKeyword(const std::string& query, std::span<const ::cvn73100::scpi::Mnemonic> table, const char* what);
+  // A boolean reply: 1/0 or ON/OFF.
+  bool QueryBoolean(const std::string& query);
+  // Reads the instrument's error queue until it reports no error; returns the entries, oldest first.
+  std::vector<std::string> DrainErrors();
+  // Sends `query` and reads the definite-length block of its reply (ReadBlock); a refused query is reported
+  // as Query reports it.
+  Bytes QueryBlock(const std::string& query, std::size_t cap, std::optional<std::size_t> expected = std::nullopt);
   // Sends `header`, a space and `data` as one definite-length block in one message.
   void WriteBlock(const std::string& header, const Bytes& data);
 
+  // True on a serial line with XON/XOFF flow control, where the bytes 0x11 and 0x13 of binary data are lost.
+  bool UsesSoftwareFlowControl() const;
+  // Raises SERVERERR_UNSUPPORTED, naming the cause and the remedy, when binary `what` cannot cross the line.
+  void RequireBinarySafeLine(const char* what) const;
+
   static double ParseReal(const std::string& text);
+  // The number of an error queue entry (`-104,"Data type error"`); raises SERVERERR_BAD_REPLY.
+  static std::int32_t ErrorNumber(const std::string& entry);
 
  private:
   // Runs a read; on a serial line, a timeout means the instrument may still answer later.
   template <class Read>
   auto Reading(Read&& read);
+  // Sends `query` and runs `read`; a reply that does not come is explained by the instrument's error queue.
+  template <class Read>
+  auto Asking(const std::string& query, Read&& read);
   // Asks "*OPC?" twice in one message and discards every line before the joint answer: the instrument gives it
   // only after whatever it still owes. Lines that follow the answer at once (an earlier synchronisation's late
   // answer came first) are read until the line is quiet.

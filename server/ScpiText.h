@@ -7,9 +7,13 @@
 #include <string>
 
 #include "platform/Enumerations.h"
+#include "platform/ScpiMnemonics.h"
 #include "server/ServerError.h"
 
 namespace cvn73100::server::scpi {
+
+// The keyword tables and their lookups are shared with everything else that speaks to the instrument.
+using namespace ::cvn73100::scpi;
 
 // Program-data text for the instrument, and the checks that keep values inside their enumerations.
 
@@ -42,6 +46,26 @@ E Reply(std::int32_t value, std::span<const E> members, const char* what) {
     throw ServerError(SERVERERR_BAD_REPLY, std::string("the instrument's ") + what + " " + Integer(value));
   }
   return static_cast<E>(value);
+}
+
+// The long form of `value`'s keyword, the form sent to the instrument.
+inline std::string Keyword(std::int64_t value, std::span<const Mnemonic> table, const char* what) {
+  const Mnemonic* found = FindValue(table, value);
+  if (found == nullptr) throw ServerError(SERVERERR_BAD_ARGUMENT, std::string(what) + " " + Integer(value));
+  return std::string(found->keyword);
+}
+
+// The value a reply names in long or short form, any case.
+template <class E>
+E KeywordReply(const std::string& reply, std::span<const Mnemonic> table, const char* what) {
+  const auto begin = reply.find_first_not_of(" \t\r\n");
+  const auto end = reply.find_last_not_of(" \t\r\n");
+  const std::string word = begin == std::string::npos ? std::string() : reply.substr(begin, end - begin + 1);
+  const Mnemonic* found = FindKeyword(table, word);
+  if (found == nullptr) {
+    throw ServerError(SERVERERR_BAD_REPLY, std::string("the instrument's ") + what + " \"" + word.substr(0, 40) + "\"");
+  }
+  return static_cast<E>(found->value);
 }
 
 // ":CHANnel<n>" for analog channel 1..4.

@@ -32,6 +32,12 @@ ScopeError ServerError(ServerErrorCode code, const std::string& detail) {
     case SERVERERR_FILE:
       text = "The file could not be written.";
       break;
+    case SERVERERR_INSTRUMENT:
+      text = "The instrument reported an error.";
+      break;
+    case SERVERERR_UNSUPPORTED:
+      text = "Not possible on this instrument or line.";
+      break;
   }
   std::string description = text;
   if (!detail.empty()) description += " (" + detail + ")";
@@ -41,7 +47,7 @@ ScopeError ServerError(ServerErrorCode code, const std::string& detail) {
 std::int32_t ServerErrorCondition(const ScopeError& error) {
   if (error.Source() != SERVER_ERROR_SOURCE) return 0;
   const std::int32_t code = error.Number() - OBJECT_ERROR_BASE;
-  return code >= SERVERERR_NOT_CONNECTED && code <= SERVERERR_FILE ? code : 0;
+  return code >= SERVERERR_NOT_CONNECTED && code <= SERVERERR_UNSUPPORTED ? code : 0;
 }
 
 }  // namespace cvn73100::server

@@ -20,6 +20,8 @@ enum ServerErrorCode : std::int32_t {
   SERVERERR_BAD_REPLY = 1206,         // a reply that cannot be read (a number, a preamble, an identity)
   SERVERERR_BAD_ARGUMENT = 1207,      // an argument out of range (channel, format, count, empty learn string)
   SERVERERR_FILE = 1208,              // an image file could not be written
+  SERVERERR_INSTRUMENT = 1209,        // the instrument's error queue reported a failure of a command
+  SERVERERR_UNSUPPORTED = 1210,       // the instrument or its line cannot do what was asked
 };
 
 ScopeError ServerError(ServerErrorCode code, const std::string& detail = {});

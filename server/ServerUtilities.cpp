@@ -49,6 +49,7 @@ bool ServerUtilities::CheckInstrumentID(std::int32_t, std::int32_t, std::int32_t
 }
 
 LearnString ServerUtilities::ReadStateData() {
+  m_channel.RequireBinarySafeLine("learn strings");
   Bytes data = m_channel.QueryBlock(":SYSTem:SETup?", BlockReader::SETUP_CAP);
   if (data.empty()) return std::nullopt;
   return data;
@@ -59,6 +60,7 @@ void ServerUtilities::WriteStateData(const LearnString& learnString) {
   if (learnString->size() > BlockReader::SETUP_CAP) {
     throw ServerError(SERVERERR_BAD_ARGUMENT, "learn string of " + std::to_string(learnString->size()) + " bytes");
   }
+  m_channel.RequireBinarySafeLine("learn strings");
   m_channel.WriteBlock(":SYSTem:SETup", *learnString);
 }
 

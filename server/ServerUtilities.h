@@ -32,6 +32,7 @@ class ServerUtilities : public IUtilities {
   std::string InstrumentModel() override { return Identity().model; }
   std::string InstrumentFirmwareVersion() override { return Identity().firmware; }
   std::string QueryInstrumentError() override;
+  std::vector<std::string> DrainInstrumentErrors() override { return m_channel.DrainErrors(); }
 
   // Drops the remembered identity (the connection changed).
   void Forget() { m_identity.reset(); }

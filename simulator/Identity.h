@@ -11,6 +11,8 @@ struct Identity {
   // The *IDN? reply: the fields joined by commas, with empty trailing fields left out, so that a lone
   // manufacturer gives a reply without any comma and four empty fields an empty reply.
   std::string Reply() const;
+  // The B-series models send screen images as BMP only.
+  bool OffersCompressedImages() const { return model.empty() || model.back() != 'B'; }
   bool operator==(const Identity&) const = default;
 };
 

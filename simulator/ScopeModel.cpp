@@ -331,14 +331,21 @@ int ScopeModel::Autoscale(const Call& call, std::string&) {
   return kNoError;
 }
 
+bool ScopeModel::SourceIsOff() const {
+  const int source = state_.waveformSource;
+  return source >= 1 && source <= 4 && state_.channel[static_cast<std::size_t>(source - 1)].display == 0;
+}
+
 int ScopeModel::QueryPreamble(const Call& call, std::string& out) {
   if (!call.unit.args.empty()) return kParameterNotAllowed;
+  if (SourceIsOff()) return kSettingsConflict;
   Waveform::AppendPreamble(Waveform::MakePreamble(state_), out);
   return kNoError;
 }
 
 int ScopeModel::QueryWaveformData(const Call& call, std::string& out) {
   if (!call.unit.args.empty()) return kParameterNotAllowed;
+  if (SourceIsOff()) return kSettingsConflict;
   scratch_.clear();
   Waveform::AppendData(state_, scratch_);
   Block::Append(out, scratch_);
@@ -350,7 +357,8 @@ int ScopeModel::QueryScreen(const Call& call, std::string& out) {
   ImageFormat format = ImageFormat::Bmp;
   if (!call.unit.args.empty()) {
     const Choice* choice = SettingTable::FindChoice(kImageFormats, call.unit.args[0]);
-    if (choice == nullptr || !ImageEncoder::Supports(static_cast<ImageFormat>(choice->value))) {
+    if (choice == nullptr || !ImageEncoder::Supports(static_cast<ImageFormat>(choice->value)) ||
+        (choice->value != static_cast<int>(ImageFormat::Bmp) && !identity_.OffersCompressedImages())) {
       return kIllegalParameterValue;
     }
     format = static_cast<ImageFormat>(choice->value);

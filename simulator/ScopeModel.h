@@ -72,6 +72,8 @@ class ScopeModel {
   int QueryScreen(const Call& call, std::string& out);
   int QueryMeasurement(const Call& call, std::string& out);
 
+  // A channel that is off has no record to send.
+  bool SourceIsOff() const;
   Identity identity_;
   ScopeState state_;
   StatusRegisters status_;

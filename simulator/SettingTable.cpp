@@ -9,23 +9,9 @@
 namespace cvn73100::sim {
 namespace {
 
-constexpr Choice kOnOff[] = {{0, "OFF"}, {1, "ON"}};
-constexpr Choice kAcquireType[] = {{1, "AVERage"},  {2, "PEAK"}, {3, "GLITch"},
-                                   {4, "REALtime"}, {5, "AUTO"}, {6, "NORMal"}};
 constexpr Choice kAcquireCount[] = {{1, ""}, {4, ""}, {8, ""}, {16, ""}, {32, ""}, {64, ""}, {128, ""}, {256, ""}};
-constexpr Choice kCoupling[] = {{1, "DC"}, {2, "GND"}, {3, "AC"}};
 constexpr Choice kProbe[] = {{1, ""}, {10, ""}, {20, ""}, {100, ""}};
 constexpr Choice kProbeMode[] = {{1, "MANual"}, {2, "AUTO"}};
-constexpr Choice kTimeMode[] = {{1, "DELayed"}, {2, "XY"}, {3, "ROLL"}, {4, "NORMal"}};
-constexpr Choice kReference[] = {{1, "CENTer"}, {2, "RIGHt"}, {3, "LEFT"}};
-constexpr Choice kTriggerMode[] = {{1, "AUTO"}, {2, "NORMal"}, {3, "ALEVel"}};
-constexpr Choice kTriggerSource[] = {
-    {1, "CHANnel1"},   {2, "CHANnel2"},   {3, "CHANnel3"},   {4, "CHANnel4"},  {5, "EXTernal"},   {6, "LINE"},
-    {10, "DIGital0"},  {11, "DIGital1"},  {12, "DIGital2"},  {13, "DIGital3"}, {14, "DIGital4"},  {15, "DIGital5"},
-    {16, "DIGital6"},  {17, "DIGital7"},  {18, "DIGital8"},  {19, "DIGital9"}, {20, "DIGital10"}, {21, "DIGital11"},
-    {22, "DIGital12"}, {23, "DIGital13"}, {24, "DIGital14"}, {25, "DIGital15"}};
-constexpr Choice kSlope[] = {{1, "POSitive"}, {2, "NEGative"}};
-constexpr Choice kTriggerCoupling[] = {{1, "DC"}, {2, "AC"}};
 constexpr Choice kWaveformSource[] = {{1, "CHANnel1"}, {2, "CHANnel2"},       {3, "CHANnel3"},
                                       {4, "CHANnel4"}, {kSourcePod1, "POD1"}, {kSourcePod2, "POD2"}};
 constexpr Choice kWaveformPoints[] = {{100, ""}, {250, ""}, {500, ""}, {1000, ""}, {2000, ""}, {0, "MAXimum"}};
@@ -36,49 +22,49 @@ using K = SettingKind;
 // One setting per entry, kept compact so the table reads as one.
 // clang-format off
 const SettingDef kSettings[] = {
-  {.header = ":ACQuire:TYPE", .kind = K::Choice, .choices = kAcquireType,
+  {.header = ":ACQuire:TYPE", .kind = K::Enumerated, .choices = scpi::ACQUISITION_TYPES,
    .intField = [](ScopeState& s, int) { return &s.acquireType; }},
-  {.header = ":ACQuire:COUNt", .kind = K::Choice, .choices = kAcquireCount,
+  {.header = ":ACQuire:COUNt", .kind = K::Enumerated, .choices = kAcquireCount,
    .intField = [](ScopeState& s, int) { return &s.acquireCount; }},
-  {.header = ":CHANnel#:DISPlay", .kind = K::Bool, .choices = kOnOff, .suffixMin = 1, .suffixMax = 4,
+  {.header = ":CHANnel#:DISPlay", .kind = K::Bool, .choices = scpi::ON_OFF, .suffixMin = 1, .suffixMax = 4,
    .intField = [](ScopeState& s, int n) { return &s.channel[n - 1].display; }},
-  {.header = ":CHANnel#:COUPling", .kind = K::Choice, .choices = kCoupling, .suffixMin = 1, .suffixMax = 4,
+  {.header = ":CHANnel#:COUPling", .kind = K::Enumerated, .choices = scpi::CHANNEL_COUPLINGS, .suffixMin = 1, .suffixMax = 4,
    .intField = [](ScopeState& s, int n) { return &s.channel[n - 1].coupling; }},
-  {.header = ":CHANnel#:PROBe", .kind = K::Choice, .choices = kProbe, .suffixMin = 1, .suffixMax = 4,
+  {.header = ":CHANnel#:PROBe", .kind = K::Enumerated, .choices = kProbe, .suffixMin = 1, .suffixMax = 4,
    .intField = [](ScopeState& s, int n) { return &s.channel[n - 1].probe; }},
-  {.header = ":CHANnel#:PROBe:MODE", .kind = K::Choice, .choices = kProbeMode, .suffixMin = 1, .suffixMax = 4,
+  {.header = ":CHANnel#:PROBe:MODE", .kind = K::Enumerated, .choices = kProbeMode, .suffixMin = 1, .suffixMax = 4,
    .intField = [](ScopeState& s, int n) { return &s.channel[n - 1].probeMode; }},
   {.header = ":CHANnel#:RANGe", .kind = K::Number, .min = 1e-3, .max = 1e3, .suffixMin = 1, .suffixMax = 4,
    .numberField = [](ScopeState& s, int n) { return &s.channel[n - 1].range; }},
   {.header = ":CHANnel#:OFFSet", .kind = K::Number, .min = -500.0, .max = 500.0, .suffixMin = 1, .suffixMax = 4,
    .numberField = [](ScopeState& s, int n) { return &s.channel[n - 1].offset; }},
-  {.header = ":TIMebase:MODE", .kind = K::Choice, .choices = kTimeMode,
+  {.header = ":TIMebase:MODE", .kind = K::Enumerated, .choices = scpi::TIME_MODES,
    .intField = [](ScopeState& s, int) { return &s.timebaseMode; }},
   {.header = ":TIMebase:RANGe", .kind = K::Number, .min = 1e-9, .max = 500.0,
    .numberField = [](ScopeState& s, int) { return &s.timebaseRange; }},
   {.header = ":TIMebase:DELay", .kind = K::Number, .min = -500.0, .max = 500.0,
    .numberField = [](ScopeState& s, int) { return &s.timebaseDelay; }},
-  {.header = ":TIMebase:REFerence", .kind = K::Choice, .choices = kReference,
+  {.header = ":TIMebase:REFerence", .kind = K::Enumerated, .choices = scpi::TIME_REFERENCES,
    .intField = [](ScopeState& s, int) { return &s.timebaseReference; }},
-  {.header = ":TRIGger:MODE", .kind = K::Choice, .choices = kTriggerMode,
+  {.header = ":TRIGger:SWEep", .kind = K::Enumerated, .choices = scpi::TRIGGER_SWEEPS,
    .intField = [](ScopeState& s, int) { return &s.triggerMode; }},
-  {.header = ":TRIGger:SOURce", .kind = K::Choice, .choices = kTriggerSource,
+  {.header = ":TRIGger:SOURce", .kind = K::Enumerated, .choices = scpi::TRIGGER_SOURCES,
    .intField = [](ScopeState& s, int) { return &s.triggerSource; }},
-  {.header = ":TRIGger:SLOPe", .kind = K::Choice, .choices = kSlope,
+  {.header = ":TRIGger:SLOPe", .kind = K::Enumerated, .choices = scpi::TRIGGER_SLOPES,
    .intField = [](ScopeState& s, int) { return &s.triggerSlope; }},
   {.header = ":TRIGger:LEVel", .kind = K::Number, .min = -500.0, .max = 500.0,
    .numberField = [](ScopeState& s, int) { return &s.triggerLevel; }},
-  {.header = ":TRIGger:COUPling", .kind = K::Choice, .choices = kTriggerCoupling,
+  {.header = ":TRIGger:COUPling", .kind = K::Enumerated, .choices = scpi::TRIGGER_COUPLINGS,
    .intField = [](ScopeState& s, int) { return &s.triggerCoupling; }},
-  {.header = ":DIGital#:DISPlay", .kind = K::Bool, .choices = kOnOff, .suffixMin = 0, .suffixMax = 15,
+  {.header = ":DIGital#:DISPlay", .kind = K::Bool, .choices = scpi::ON_OFF, .suffixMin = 0, .suffixMax = 15,
    .intField = [](ScopeState& s, int n) { return &s.digitalDisplay[static_cast<std::size_t>(n)]; }},
-  {.header = ":WAVeform:SOURce", .kind = K::Choice, .choices = kWaveformSource, .replyKeyword = true,
+  {.header = ":WAVeform:SOURce", .kind = K::Enumerated, .choices = kWaveformSource,
    .intField = [](ScopeState& s, int) { return &s.waveformSource; }},
-  {.header = ":WAVeform:POINts", .kind = K::Choice, .choices = kWaveformPoints,
+  {.header = ":WAVeform:POINts", .kind = K::Enumerated, .choices = kWaveformPoints,
    .intField = [](ScopeState& s, int) { return &s.waveformPoints; }},
-  {.header = ":WAVeform:FORMat", .kind = K::Choice, .choices = kWaveformFormat, .replyKeyword = true,
+  {.header = ":WAVeform:FORMat", .kind = K::Enumerated, .choices = kWaveformFormat,
    .intField = [](ScopeState& s, int) { return &s.waveformFormat; }},
-  {.header = ":MEASure:SOURce", .kind = K::Choice, .choices = kChannels, .replyKeyword = true,
+  {.header = ":MEASure:SOURce", .kind = K::Enumerated, .choices = kChannels,
    .intField = [](ScopeState& s, int) { return &s.measureSource; }},
 };
 // clang-format on
@@ -86,6 +72,13 @@ const SettingDef kSettings[] = {
 }  // namespace
 
 std::span<const SettingDef> SettingTable::All() { return kSettings; }
+
+bool SettingTable::IsMnemonicOnly(std::span<const Choice> choices) {
+  for (const Choice& c : choices) {
+    if (c.keyword.empty()) return false;
+  }
+  return true;
+}
 
 const Choice* SettingTable::FindChoice(std::span<const Choice> choices, const Argument& arg) {
   if (arg.kind == Argument::Kind::Number) {
@@ -96,15 +89,7 @@ const Choice* SettingTable::FindChoice(std::span<const Choice> choices, const Ar
     return nullptr;
   }
   if (arg.kind != Argument::Kind::Characters) return nullptr;
-  const SuffixedWord word = SplitSuffix(arg.text);
-  for (const Choice& c : choices) {
-    if (c.keyword.empty()) continue;
-    const SuffixedWord key = SplitSuffix(c.keyword);
-    // A keyword without a suffix in the argument means suffix 1, as in headers.
-    const bool suffixMatches = word.suffix == key.suffix || (word.suffix == -1 && key.suffix == 1);
-    if (suffixMatches && MatchesKeyword(key.stem, word.stem)) return &c;
-  }
-  return nullptr;
+  return scpi::FindKeyword(choices, arg.text);
 }
 
 int SettingTable::Parse(const SettingDef& def, const Argument& arg, double& value) {
@@ -131,7 +116,8 @@ int SettingTable::Parse(const SettingDef& def, const Argument& arg, double& valu
         return kNoError;
       }
       [[fallthrough]];
-    case SettingKind::Choice: {
+    case SettingKind::Enumerated: {
+      if (arg.kind == Argument::Kind::Number && IsMnemonicOnly(def.choices)) return kDataTypeError;
       const Choice* choice = FindChoice(def.choices, arg);
       if (choice == nullptr) return kIllegalParameterValue;
       value = choice->value;
@@ -169,12 +155,9 @@ void SettingTable::AppendReply(const SettingDef& def, const ScopeState& state, i
     AppendReal(out, value);
     return;
   }
-  if (def.replyKeyword) {
-    for (const Choice& c : def.choices) {
-      if (c.value != value || c.keyword.empty()) continue;
-      const SuffixedWord key = SplitSuffix(c.keyword);
-      out += ShortForm(key.stem);
-      if (key.suffix >= 0) AppendInteger(out, key.suffix);
+  if (def.kind == SettingKind::Enumerated && IsMnemonicOnly(def.choices)) {
+    if (const Choice* c = scpi::FindValue(def.choices, static_cast<std::int64_t>(value))) {
+      out += scpi::ShortReply(c->keyword);
       return;
     }
   }

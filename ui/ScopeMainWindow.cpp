@@ -204,9 +204,8 @@ void ScopeMainWindow::LoadForm() {
     Scope().InitProperties();
   } else {
     Try([this] {
-      MemoryPropertyBag bag;
-      FormFile(m_formPath.toStdString()).Load(bag);
-      Scope().ReadProperties(bag);
+      FormFile(m_formPath.toStdString()).Load(m_formAsRead);
+      Scope().ReadProperties(m_formAsRead);
     });
     statusBar()->showMessage("Form: " + m_formPath);
   }
@@ -222,7 +221,13 @@ bool ScopeMainWindow::SaveForm(const QString& path) {
     // A fresh bag: keys of setups removed since the form was read must not survive.
     MemoryPropertyBag bag;
     Scope().WriteProperties(bag);
-    FormFile(target.toStdString()).Save(bag);
+    // The window's own form keeps what other programs changed meanwhile; another file is written whole.
+    if (target == m_formPath) {
+      FormFile(target.toStdString()).SaveChanges(m_formAsRead, bag);
+      m_formAsRead = bag;
+    } else {
+      FormFile(target.toStdString()).Save(bag);
+    }
   });
 }
 

@@ -3,6 +3,8 @@
 #include <QPixmap>
 #include <QString>
 
+#include "platform/PropertyBag.h"
+
 class QChartView;
 class QComboBox;
 class QLabel;
@@ -67,6 +69,7 @@ class ScopeMainWindow : public QMainWindow {
   bool Try(F action);
 
   QString m_formPath;
+  MemoryPropertyBag m_formAsRead;  // what this window last read or saved, against which its changes count
   bool m_bSaveOnClose = true;
   Cvn73100ScopeWidget* m_scopeWidget = nullptr;
   QLineEdit* m_command = nullptr;

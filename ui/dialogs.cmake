@@ -10,6 +10,7 @@ list(APPEND CVN_QT_SOURCES
 )
 list(APPEND CVN_QT_GUI_SOURCES
   ${CMAKE_CURRENT_SOURCE_DIR}/main_gui.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/QuitOnSignal.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/ScopeMainWindow.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/ScreenshotTour.cpp
 )

@@ -16,6 +16,7 @@
 #include "server/Cvn73100Server.h"
 #include "ui/Cvn73100ScopeWidget.h"
 #include "ui/QtHost.h"
+#include "ui/QuitOnSignal.h"
 #include "ui/ScopeMainWindow.h"
 #include "ui/ScreenshotTour.h"
 #include "ui/SetupsPage.h"
@@ -45,33 +46,61 @@ QString LanguageSuffix(int countryCode) {
   return found == suffixes.end() ? QString::number(countryCode) : QString(found->second);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  QApplication application(argc, argv);
-  QApplication::setApplicationName("cvnscope-gui");
-  QApplication::setApplicationVersion(QString::fromStdString(Cvn73100Scope::Version()));
-
+// The command line of cvnscope-gui; `application` may be a QCoreApplication when only help is wanted.
+struct CommandLine {
   QCommandLineParser parser;
-  parser.setApplicationDescription(
-      "The 73100 scope control on a Qt form: property pages, set-ups, waveform and screen image.\n"
-      "With no I/O configuration the built-in simulated instrument answers on GPIB0.");
-  parser.addHelpOption();
-  parser.addVersionOption();
-  const QCommandLineOption formOption("form",
-                                      "The form file that keeps the control's properties (shared with cvnscope).",
-                                      "PATH", QString::fromStdString(FormFile::DefaultPath()));
-  const QCommandLineOption countryOption(
-      "country", "Language of the control by country code (1, 33, 34, 39, 49, 81, 82, 886); kept in the form.", "CODE");
-  const QCommandLineOption screenshotOption(
+  QCommandLineOption form{"form", "The form file that keeps the control's properties (shared with cvnscope).", "PATH"};
+  QCommandLineOption country{
+      "country", "Language of the control by country code (1, 33, 34, 39, 49, 81, 82, 886); kept in the form.", "CODE"};
+  QCommandLineOption screenshot{
       "screenshot",
       "Walk through every page and dialog, save a picture of each in DIR and quit. Starts from a new form "
       "unless --form is given, and never writes the form back (the result goes to DIR/form.json).",
-      "DIR");
-  parser.addOption(formOption);
-  parser.addOption(countryOption);
-  parser.addOption(screenshotOption);
-  parser.process(application);
+      "DIR"};
+
+  explicit CommandLine(const QCoreApplication& application) {
+    QCoreApplication::setApplicationName("cvnscope-gui");
+    QCoreApplication::setApplicationVersion(QString::fromStdString(Cvn73100Scope::Version()));
+    parser.setApplicationDescription(
+        "The 73100 scope control on a Qt form: property pages, set-ups, waveform and screen image.\n"
+        "With no I/O configuration the built-in simulated instrument answers on GPIB0.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    try {
+      form.setDefaultValue(QString::fromStdString(FormFile::DefaultPath()));
+    } catch (const ScopeError&) {
+      // No home folder: --form names the form.
+    }
+    parser.addOptions({form, country, screenshot});
+    parser.process(application);
+  }
+};
+
+// Help and the version need no display: answer them before the GUI application wants one.
+bool AsksOnlyForText(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const QString arg = QString::fromLocal8Bit(argv[i]);
+    if (arg == "-h" || arg == "--help" || arg == "--help-all" || arg == "-?" || arg == "-v" || arg == "--version") {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (AsksOnlyForText(argc, argv)) {
+    QCoreApplication application(argc, argv);
+    CommandLine commandLine(application);  // prints and exits
+    return 0;
+  }
+  QApplication application(argc, argv);
+  CommandLine commandLine(application);
+  QCommandLineParser& parser = commandLine.parser;
+  const QCommandLineOption& formOption = commandLine.form;
+  const QCommandLineOption& countryOption = commandLine.country;
+  const QCommandLineOption& screenshotOption = commandLine.screenshot;
 
   io::RegisterIOLibrary();
   server::RegisterAutomationServer();
@@ -100,6 +129,12 @@ int main(int argc, char** argv) {
     QApplication::installTranslator(&qtTexts);
   }
   window.show();
+  // Stopped by the session or by Ctrl-C, the program leaves as its window's close does: the form is saved.
+  ui::QuitOnSignal quitOnSignal([&window] {
+    QApplication::closeAllWindows();
+    if (window.isVisible()) window.close();
+    QApplication::quit();
+  });
 
   if (touring) {
     window.SetSaveOnClose(false);

@@ -138,6 +138,43 @@ BENCHMARK(BM_Paced)
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 
+// A settings write through the server checks the instrument's error queue afterwards. Over an unpaced serial
+// line this measures what the check adds, in round trips: (checked write - bare write) / one query.
+void BM_SettingsWriteCheck(benchmark::State& state) {
+  sim::Instrument instrument;
+  sim::InstrumentPort port(instrument, sim::InstrumentPort::Line::Serial);
+  sim::PtyServer pty(port);
+  io::BoardMap map = io::BoardMap::EmbeddedDefault();
+  map.SetCom(1, io::BoardMap::ComTarget{io::BoardMap::ComKind::Node, pty.DevicePath(), "bench"});
+  server::Cvn73100Server server(std::make_shared<io::IOManager>(map));
+  server.OpenConnection("COM1::Baud=115200,Handshake=DTR_DSR");
+  const auto timed = [](auto&& action) {
+    const auto start = Clock::now();
+    action();
+    return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+  };
+  double bare = 0, checked = 0, query = 0;
+  Variant reply;
+  for (auto _ : state) {
+    // The bare write is followed by an untimed query so that its bytes are consumed before the next step.
+    bare += timed([&] { server.Output(Variant(":TIMebase:RANGe 1E-3")); });
+    server.Output(Variant("*OPC?"));
+    server.Enter(reply, Variant("K"));
+    checked += timed([&] { server.Timebase().SetRange(1e-3); });
+    query += timed([&] {
+      server.Output(Variant("*OPC?"));
+      server.Enter(reply, Variant("K"));
+    });
+  }
+  const auto n = static_cast<double>(state.iterations());
+  state.counters["bare_us"] = bare / n;
+  state.counters["checked_us"] = checked / n;
+  state.counters["query_us"] = query / n;
+  state.counters["checked_per_bare"] = checked / bare;
+  state.counters["extra_round_trips"] = (checked - bare) / query;
+}
+BENCHMARK(BM_SettingsWriteCheck)->Iterations(200)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
 }  // namespace
 }  // namespace cvn73100
 

@@ -279,7 +279,16 @@ void BindSubObjects(py::module_& m, ScopeClass& scope) {
       .def(
           "query_instrument_error",
           [](const Utilities& u) { return Text(Wait([&] { return u.scope->Utilities().QueryInstrumentError(); })); },
-          "The instrument's oldest queued error as \"<code>,<text>\"; \"\" when there is none.");
+          "The instrument's oldest queued error as \"<code>,<text>\"; \"\" when there is none.")
+      .def(
+          "drain_instrument_errors",
+          [](const Utilities& u) {
+            const std::vector<std::string> entries = Wait([&] { return u.scope->Utilities().DrainInstrumentErrors(); });
+            py::list errors;
+            for (const std::string& entry : entries) errors.append(Text(entry));
+            return errors;
+          },
+          "Every queued error, oldest first, as \"<code>,<text>\" strings; the queue is empty afterwards.");
 
   scope
       .def_property_readonly(

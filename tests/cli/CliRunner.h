@@ -78,10 +78,14 @@ class CliTest : public ::testing::Test {
     // The output goes to unnamed files, read once the program has ended.
     FILE* out = std::tmpfile();
     FILE* err = std::tmpfile();
-    if (!out || !err) return {};
+    FILE* in = std::tmpfile();
+    if (!out || !err || !in) return {};
+    std::fwrite(input.data(), 1, input.size(), in);
+    std::fflush(in);
+    std::rewind(in);
     const pid_t pid = ::fork();
     if (pid == 0) {
-      ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
+      ::dup2(::fileno(in), STDIN_FILENO);
       ::dup2(::fileno(out), STDOUT_FILENO);
       ::dup2(::fileno(err), STDERR_FILENO);
       if (::chdir(workDir.c_str()) != 0) ::_exit(126);
@@ -90,6 +94,8 @@ class CliTest : public ::testing::Test {
     }
     int status = 0;
     ::waitpid(pid, &status, 0);
+    std::fclose(in);
+    if (!input.empty()) input.clear();
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err)};
   }
 
@@ -104,6 +110,7 @@ class CliTest : public ::testing::Test {
 
   std::filesystem::path dir;
   std::map<std::string, std::string> env;
+  std::string input;  // standard input of the next Run
 };
 
 }  // namespace cvn73100::test

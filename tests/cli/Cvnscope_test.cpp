@@ -83,14 +83,78 @@ INSTANTIATE_TEST_SUITE_P(
     Cli, Failures,
     ::testing::Values(
         FailureCase{{"test", "GPIB9::1::INSTR"}, 1, "Error -2147221124: QD 73100 Scope Control: Invalid property value."},
-        FailureCase{{"config", "set", "--tx-delay", "-1"}, 1, "Error -2147221124"},
-        FailureCase{{"config", "serial", "COM2", "--baud", "4800"}, 1, "Error -2147221124"},
+        FailureCase{{"config", "set", "--tx-delay", "-1"}, 1, "Invalid property value. (--tx-delay -1: allowed 0 ms"},
+        FailureCase{{"config", "serial", "COM2", "--baud", "4800"}, 1, "(COM2 --baud 4800: allowed baud 1200, 2400"},
         FailureCase{{"use", "1"}, 1, "run `cvnscope search` first"},
         FailureCase{{"setup", "send", "Nope"}, 1, "no setup named \"Nope\""},
         FailureCase{{"setup", "get", "a|b"}, 1, "Names may not contain spaces"},
         FailureCase{{"setup", "show", "missing.scp"}, 1, "File not found"},
         FailureCase{{"waveform", "--points", "7"}, 2, "--points"},
-        FailureCase{{"frobnicate"}, 2, ""}));
+        FailureCase{{"frobnicate"}, 2, ""},
+        FailureCase{{"message", "99999"}, 1, "Message 99999 is not in the catalogue."}));
+
+// Files: "-" is standard input or output, a missing folder is an error unless --parents, and the image format
+// follows the file's name.
+TEST_F(CliTest, FilesStreamsFoldersAndFormats) {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* part;  // of stdout, or of stderr when the command fails
+  } cases[] = {
+      {{"screenshot", "x.png"}, 2, ".png is not an image format of the instrument"},
+      {{"screenshot", "x.gif", "--format", "bmp"}, 2, "x.gif would hold bmp under the name .gif"},
+      {{"screenshot", "x.png", "--format", "bmp"}, 0, "Screen image (bmp, "},
+      {{"screenshot", "no/such/x.bmp"}, 1, "the folder no/such does not exist (--parents creates it)"},
+      {{"--parents", "screenshot", "new/x.tif"}, 0, "Screen image (tif, "},
+      {{"screenshot", "-", "--format", "gif"}, 0, "GIF87a"},
+      {{"waveform", "-o", "-", "-p", "100"}, 0, "time,volts\n"},
+      {{"setup", "get", "Q1", "--yes"}, 0, "Fetched Q1"},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = Run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args[0] << " " << c.args[1] << ": " << r.err;
+    EXPECT_TRUE(Contains(c.status == 0 ? r.out : r.err, c.part)) << c.args[1] << ": " << r.out << r.err;
+  }
+  EXPECT_TRUE(std::filesystem::is_regular_file(dir / "new" / "x.tif"));
+  input = Run({"setup", "save", "Q1", "-"}).out;
+  ASSERT_EQ(Run({"setup", "open", "-", "Q2"}).status, 0);
+  input = Run({"setup", "save", "Q2", "-"}).out;
+  EXPECT_TRUE(Contains(Run({"setup", "show", "-"}).out, "Model:       73135D"));
+}
+
+// A sequence of commands talks to one simulated instrument, as to a real one, until `sim reset`.
+TEST_F(CliTest, TheSimulatedInstrumentKeepsItsSettingsUntilReset) {
+  ASSERT_EQ(Run({"write", ":TIMebase:RANGe 2E-3"}).status, 0);
+  EXPECT_EQ(Run({"query", ":TIMebase:RANGe?"}).out, "2E-03\n");
+  ASSERT_EQ(Run({"sim", "reset"}).status, 0);
+  EXPECT_EQ(Run({"query", ":TIMebase:RANGe?"}).out, "1E-03\n");
+}
+
+// Habits of command-line tools: the version, usage errors as JSON, completions drawn from the command tree.
+TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* stdoutPart;
+  } cases[] = {
+      {{"--version"}, 0, "cvnscope "},
+      {{"--json", "waveform", "--points", "7"}, 2, "{\"error\": {\"usage\": \"--points"},
+      {{"frobnicate", "--json"}, 2, "{\"error\": {\"usage\": "},
+      {{"completion", "fish"}, 0, "complete -c cvnscope -f -n '__fish_seen_subcommand_from setup; and not"},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = Run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args[0] << ": " << r.err;
+    EXPECT_TRUE(Contains(r.out, c.stdoutPart)) << c.args[0] << ": " << r.out;
+  }
+  const std::filesystem::path script = dir / "cvnscope.bash";
+  std::ofstream(script) << Run({"completion", "bash"}).out;
+  const std::string complete = "bash -c 'source " + script.string() +
+                               "; COMP_WORDS=(cvnscope --json setup s); COMP_CWORD=3; _cvnscope; "
+                               "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
+  ASSERT_EQ(std::system(complete.c_str()), 0);
+  EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
+}
 
 TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const RunResult r = Run({"--json", "test", "GPIB9::1::INSTR"});
@@ -98,7 +162,8 @@ TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const json error = json::parse(r.out)["error"];
   EXPECT_EQ(error["number"], -2147221124);
   EXPECT_EQ(error["source"], "QD 73100 Scope Control");
-  EXPECT_EQ(error["description"], "Invalid property value.");
+  EXPECT_EQ(error["description"], "Invalid property value. (ADDRESS GPIB9::1::INSTR: allowed GPIB0..3::0..30::INSTR or "
+                                  "COM1..4[::Baud=…,Handshake=…])");
 }
 
 // --- the form across processes ---
@@ -313,7 +378,7 @@ TEST_F(CliTest, QueryAndWriteReachTheInstrument) {
   EXPECT_EQ(Run({"write", ":CHANnel1:RANGe 4"}).status, 0);
   RunResult r = Run({"query", ":CHANnel1:RANGe?"});
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "8E+00\n");
+  EXPECT_EQ(r.out, "4E+00\n");
   r = Run({"query", "*IDN?"});
   EXPECT_EQ(r.out, std::string(SUPPORTED_IDN) + "\n");
   r = Run({"query", ":SYSTem:SETup?", "--block", "-o", "learn.bin"});
@@ -351,8 +416,12 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, TestBox(0, "COM1", SUPPORTED_IDN));
 
-  // XON/XOFF for a supported instrument: the handshake warning comes once, through the console host.
+  // XON/XOFF for a supported instrument: the handshake warning asks to continue; without a terminal that is
+  // Cancel and nothing changes. With --yes it comes once, through the console host.
   r = Run({"use", "COM1"});
+  EXPECT_EQ(r.status, 3) << r.err;  // cancelled
+  EXPECT_TRUE(Contains(r.err, "Cancelled: the address stays GPIB0::7::INSTR")) << r.err;
+  r = Run({"use", "COM1", "--yes"});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_TRUE(Contains(r.out, "The Handshake setting for the current COM port is not correct.")) << r.out;
   EXPECT_TRUE(Contains(r.out, "Address: COM1\n")) << r.out;
@@ -360,6 +429,32 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
   EXPECT_FALSE(Contains(r.out, "The Handshake setting for the current COM port is not correct.")) << r.out;
   r = Run({"idn"});
   EXPECT_EQ(r.out, std::string(SUPPORTED_IDN) + "\n") << r.err;
+}
+
+// An instrument whose identity is not text: raw into a pipe, valid JSON with U+FFFD, escaped in the table.
+const std::string HOSTILE_MANUFACTURER = "Bad\xFF\x1B[2J\xC2\x9B" "Co";
+
+class HostileReplies : public SerialCli {
+ protected:
+  static sim::InstrumentConfig Hostile() {
+    sim::InstrumentConfig config;
+    config.identity.manufacturer = HOSTILE_MANUFACTURER;
+    return config;
+  }
+  sim::Instrument hostile{Hostile()};
+  sim::InstrumentPort hostilePort{hostile, sim::InstrumentPort::Line::Serial};
+  sim::PtyServer hostilePty{hostilePort};
+};
+
+TEST_F(HostileReplies, BytesThatAreNotTextReachPipesRawJsonValidAndTheTableEscaped) {
+  env["CVN73100_COM1"] = hostilePty.DevicePath();
+  ASSERT_EQ(Run({"use", "COM1::Handshake=DTR_DSR", "--yes"}).status, 0);
+  EXPECT_TRUE(Contains(Run({"idn"}).out, HOSTILE_MANUFACTURER));
+  const json idn = json::parse(Run({"--json", "idn"}).out);
+  EXPECT_TRUE(Contains(idn["identity"].get<std::string>(), "Bad\xEF\xBF\xBD\x1B[2J")) << idn.dump();
+  const std::string table = Run({"search"}).out;
+  EXPECT_TRUE(Contains(table, "Bad\xEF\xBF\xBD\\x1B[2J\\xC2\\x9BCo")) << table;
+  EXPECT_FALSE(Contains(table, "\x1B")) << table;
 }
 
 }  // namespace

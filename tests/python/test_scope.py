@@ -55,6 +55,8 @@ def test_waveform_matches_the_signal_formula(scope, channel, volts_range, offset
 
 
 def test_all_channels_and_the_logic_bits_come_in_channel_order(scope):
+    for channel in range(1, 5):
+        scope.analog_channels[channel].display = OnOffState.ON
     records = scope.waveforms(100)
     assert len(records) == 4
     for channel, (times, volts) in enumerate(records[:3], start=1):

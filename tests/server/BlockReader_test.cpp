@@ -115,5 +115,33 @@ TEST(ServerBlockReader, TheDeadlineGrowsWithTheDeclaredLengthAtTheLineRate) {
   EXPECT_EQ(BlockReader(io, kCap, 0.01).Read().size(), 20000u);  // 60 ms + 200 ms for the data
 }
 
+// A lying header, a drip and a drop mid-block each end after at most one Timeout of silence, however long the
+// declared length would take at 9600 baud (2 ms a byte); a length other than the preamble's is refused at once.
+TEST(ServerBlockReader, SilenceAndWrongLengthsEndTheReadWithinOneTimeout) {
+  const struct {
+    const char* name;
+    std::string reply;
+    std::optional<std::size_t> expected;
+    const char* says;
+  } cases[] = {
+      {"lying header", "#8160000001234", std::nullopt, "of 16000000 declared bytes received, then silence for 50 ms"},
+      {"drop mid-block", "#41000" + std::string(500, 'x'), std::nullopt, "then silence for 50 ms"},
+      {"not the preamble's length", "#41000" + std::string(1000, 'x'), 2000, "1000 bytes declared, 2000 announced"},
+  };
+  for (const auto& c : cases) {
+    ScriptedIO io(c.reply);
+    io.SetTimeout(50);
+    BlockReader reader(io, BlockReader::WAVEFORM_CAP, 2.0);
+    if (c.expected) reader.Expect(*c.expected);
+    try {
+      reader.Read();
+      ADD_FAILURE() << c.name << ": no error";
+    } catch (const ScopeError& e) {
+      EXPECT_NE(e.Description().find(c.says), std::string::npos) << c.name << ": " << e.Description();
+    }
+    EXPECT_LE(io.longestReadTimeout, 50) << c.name;
+  }
+}
+
 }  // namespace
 }  // namespace cvn73100::server

@@ -203,6 +203,7 @@ TEST_F(ServerTest, WaveformVoltsAndTimesFollowTheSignal) {
                {Cvn73100_Channel_3, Cvn73100_DataPoints_250, 250},
                {Cvn73100_Channel_2, Cvn73100_DataPoints_ALL, static_cast<std::size_t>(sim::kMaxRecordPoints)}};
   server.AnalogChannels().SetOffset(Cvn73100_Channel_3, 0.25);  // the offset must be undone by the preamble
+  for (auto ch : {Cvn73100_Channel_2, Cvn73100_Channel_3}) server.AnalogChannels().SetDisplay(ch, Cvn73100_On);
   const double range = 1e-3;
   for (const auto& c : cases) {
     Variant time;
@@ -224,6 +225,10 @@ TEST_F(ServerTest, WaveformVoltsAndTimesFollowTheSignal) {
 
 TEST_F(ServerTest, AllWaveformDataHasOneTimeAndDataPairPerChannel) {
   Variant::Array all{Variant("stale")};
+  EXPECT_EQ(ServerCondition([&] { server.GetAllWaveformData(Cvn73100_DataPoints_100, all); }), SERVERERR_UNSUPPORTED);
+  for (auto ch : {Cvn73100_Channel_2, Cvn73100_Channel_3, Cvn73100_Channel_4}) {
+    server.AnalogChannels().SetDisplay(ch, Cvn73100_On);
+  }
   server.GetAllWaveformData(Cvn73100_DataPoints_100, all);
   ASSERT_EQ(all.size(), 4u);
   for (std::size_t ch = 0; ch < 4; ++ch) {

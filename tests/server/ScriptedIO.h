@@ -34,6 +34,7 @@ class ScriptedIO : public IInstrumentIO, public IPort {
   void SetOutputTermination(std::int16_t) override {}
   std::int32_t ReadBytes(std::int32_t count, Bytes& buffer) override {
     largestRead = std::max(largestRead, count);
+    longestReadTimeout = std::max(longestReadTimeout, m_timeout);
     ++reads;
     const auto wanted = static_cast<std::size_t>(count);
     if (microsPerByte > 0) {
@@ -64,6 +65,7 @@ class ScriptedIO : public IInstrumentIO, public IPort {
   ScopeError endError = IOError(IOERR_TIMEOUT, "scripted reply ended");
   double microsPerByte = 0;
   std::int32_t largestRead = 0;
+  std::int32_t longestReadTimeout = 0;
   int reads = 0;
   int clears = 0;
   bool closed = false;

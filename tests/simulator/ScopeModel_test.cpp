@@ -41,18 +41,18 @@ TEST_P(SetQueryTable, CommandChangesWhatTheQueryReports) {
 INSTANTIATE_TEST_SUITE_P(
     Spellings, SetQueryTable,
     ::testing::Values(
-        SetQueryCase{":ACQ:TYPE AVER", ":ACQuire:TYPE?", "1"}, SetQueryCase{":acquire:count 64", ":ACQ:COUN?", "64"},
+        SetQueryCase{":ACQ:TYPE hresolution", ":ACQuire:TYPE?", "HRES"}, SetQueryCase{":acquire:count 64", ":ACQ:COUN?", "64"},
         SetQueryCase{":CHAN2:DISP ON", ":CHANnel2:DISPlay?", "1"},
-        SetQueryCase{":CHANNEL3:COUP AC", ":CHAN3:COUP?", "3"}, SetQueryCase{":CHAN4:PROB 100", ":CHAN4:PROB?", "100"},
-        SetQueryCase{":CHAN:PROB:MODE AUTO", ":CHAN1:PROB:MODE?", "2"},
+        SetQueryCase{":CHANNEL3:COUP AC", ":CHAN3:COUP?", "AC"}, SetQueryCase{":CHAN4:PROB 100", ":CHAN4:PROB?", "100"},
+        SetQueryCase{":CHAN:PROB:MODE AUTO", ":CHAN1:PROB:MODE?", "AUTO"},
         SetQueryCase{":CHAN1:RANG 400mV", ":CHAN1:RANG?", "4E-01"},
         SetQueryCase{":CHAN1:OFFS -0.125", ":CHAN1:OFFS?", "-1.25E-01"},
         SetQueryCase{":TIM:RANG 20 us", ":TIMebase:RANGe?", "2E-05"},
-        SetQueryCase{":TIM:DEL MAX", ":TIM:DEL?", "5E+02"}, SetQueryCase{":TIM:REF LEFT", ":TIM:REF?", "3"},
-        SetQueryCase{":TIM:MODE ROLL", ":TIM:MODE?", "3"}, SetQueryCase{":TRIG:MODE ALEV", ":TRIG:MODE?", "3"},
-        SetQueryCase{":TRIG:SOUR DIG15", ":TRIG:SOUR?", "25"}, SetQueryCase{":TRIG:SOUR EXT", ":TRIG:SOUR?", "5"},
-        SetQueryCase{":TRIG:SOUR 10", ":TRIG:SOUR?", "10"}, SetQueryCase{":TRIG:SLOP NEG", ":TRIG:SLOP?", "2"},
-        SetQueryCase{":TRIG:LEV 1.5", ":TRIG:LEV?", "1.5E+00"}, SetQueryCase{":TRIG:COUP AC", ":TRIG:COUP?", "2"},
+        SetQueryCase{":TIM:DEL MAX", ":TIM:DEL?", "5E+02"}, SetQueryCase{":TIM:REF center", ":TIM:REF?", "CENT"},
+        SetQueryCase{":TIM:MODE WINDOW", ":TIM:MODE?", "WIND"}, SetQueryCase{":TRIG:SWE NORMAL", ":TRIG:SWE?", "NORM"},
+        SetQueryCase{":TRIG:SOUR DIGITAL15", ":TRIG:SOUR?", "DIG15"}, SetQueryCase{":TRIG:SOUR ext", ":TRIG:SOUR?", "EXT"},
+        SetQueryCase{":TRIG:SOUR CHAN", ":TRIG:SOUR?", "CHAN1"}, SetQueryCase{":TRIG:SLOP NEGative", ":TRIG:SLOP?", "NEG"},
+        SetQueryCase{":TRIG:LEV 1.5", ":TRIG:LEV?", "1.5E+00"}, SetQueryCase{":TRIG:COUP AC", ":TRIG:COUP?", "AC"},
         SetQueryCase{":DIG0:DISP 1", ":DIGital0:DISPlay?", "1"}, SetQueryCase{":WAV:SOUR POD2", ":WAV:SOUR?", "POD2"},
         SetQueryCase{":WAV:SOUR CHAN3", ":WAV:SOUR?", "CHAN3"}, SetQueryCase{":WAV:POIN MAX", ":WAV:POIN?", "0"},
         SetQueryCase{":WAV:POIN 250", ":WAV:POIN?", "250"}, SetQueryCase{":WAV:FORM ASCII", ":WAV:FORM?", "ASC"},
@@ -75,7 +75,11 @@ TEST(ScopeModel, EverySettingRoundTrips) {
       std::string header(def.header);
       if (const auto hash = header.find('#'); hash != std::string::npos) header.replace(hash, 1, std::to_string(n));
       std::string text = header + " ";
-      AppendReal(text, value);
+      if (const Choice* c = scpi::FindValue(def.choices, static_cast<std::int64_t>(value)); c && !c->keyword.empty()) {
+        text += c->keyword;
+      } else {
+        AppendReal(text, value);
+      }
       scope.Send(text);
       ScopeState expected = before;
       SettingTable::Set(def, expected, n, value);
@@ -107,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
     Commands, ErrorTable,
     ::testing::Values(ErrorCase{":FOO", kUndefinedHeader}, ErrorCase{":CHAN5:RANG 1", kHeaderSuffixOutOfRange},
                       ErrorCase{":CHAN0:RANG 1", kHeaderSuffixOutOfRange}, ErrorCase{":TIM2:RANG 1", kUndefinedHeader},
-                      ErrorCase{":CHAN1:RANG 1e6", kDataOutOfRange}, ErrorCase{":ACQ:TYPE 7", kIllegalParameterValue},
+                      ErrorCase{":CHAN1:RANG 1e6", kDataOutOfRange}, ErrorCase{":ACQ:TYPE 3", kDataTypeError}, ErrorCase{":ACQ:TYPE NORMA", kIllegalParameterValue},
+                      ErrorCase{":TRIG:SOUR 10", kDataTypeError}, ErrorCase{":TRIG:SOUR CHAN5", kIllegalParameterValue},
                       ErrorCase{":ACQ:COUN 3", kIllegalParameterValue}, ErrorCase{":CHAN1:RANG", kMissingParameter},
                       ErrorCase{":CHAN1:RANG 1,2", kParameterNotAllowed},
                       ErrorCase{":CHAN1:RANG? 1", kParameterNotAllowed}, ErrorCase{":CHAN1:RANG 'x'", kDataTypeError},

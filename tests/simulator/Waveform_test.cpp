@@ -78,7 +78,7 @@ class CaptureTable : public ::testing::TestWithParam<CaptureCase> {};
 // Every sample, scaled by the preamble, lands within half a code of the formula (or at a clamped end code).
 TEST_P(CaptureTable, PreambleScalesDataToTheFormula) {
   Instrument scope;
-  scope.Send(GetParam().setup);
+  scope.Send(":CHAN2:DISP ON;:CHAN3:DISP ON;:CHAN4:DISP ON;" + GetParam().setup);
   ASSERT_TRUE(scope.Errors().empty()) << scope.Errors().front();
   const Preamble p = ParsePreamble(scope.Query(":WAV:PRE?"));
   const std::vector<double> codes = ParseData(scope.Query(":WAV:DATA?"), p.format);

@@ -59,7 +59,7 @@ def read_setup(resource):
 @pytest.mark.parametrize("kind", KINDS)
 def test_setup_block_holds_the_settings_and_restores_them(resources, kind):
     resource = resources[kind]
-    resource.write("*RST;:ACQuire:TYPE 1;COUNt 64;:CHANnel3:PROBe 10;:TRIGger:SOURce 13")
+    resource.write("*RST;:ACQuire:TYPE AVERage;COUNt 64;:CHANnel3:PROBe 10;:TRIGger:SOURce DIGital3")
     setup = read_setup(resource)
     # Magic, version, declared payload length, and a standard CRC-32 over everything before it.
     assert setup[:4] == b"CVLS" and setup[4] == 1
@@ -74,8 +74,24 @@ def test_setup_block_holds_the_settings_and_restores_them(resources, kind):
     assert read_setup(resource) != setup
     resource.write_binary_values(":SYSTem:SETup ", setup, datatype="B")
     assert read_setup(resource) == setup
-    assert resource.query(":ACQ:TYPE?;COUN?;:CHAN3:PROB?;:TRIG:SOUR?") == "1;64;10;13"
+    assert resource.query(":ACQ:TYPE?;COUN?;:CHAN3:PROB?;:TRIG:SOUR?") == "AVER;64;10;DIG3"
     assert resource.query(":SYSTem:ERRor?") == '0,"No error"'
+
+
+# Enumerated settings take character data in either form and any case, answer the short form, and refuse a
+# number (-104) or an unknown word (-224) without changing.
+@pytest.mark.parametrize("kind", KINDS)
+@pytest.mark.parametrize("header,sent,answer", [
+    (":ACQuire:TYPE", "hres", "HRES"), (":CHANnel2:COUPling", "GND", "GND"), (":TIMebase:MODE", "WINDow", "WIND"),
+    (":TIMebase:REFerence", "right", "RIGH"), (":TRIGger:SWEep", "NORMal", "NORM"),
+    (":TRIGger:SOURce", "EXTernal", "EXT"), (":TRIGger:SLOPe", "NEG", "NEG"), (":TRIGger:COUPling", "ac", "AC")])
+def test_mnemonic_settings(resources, kind, header, sent, answer):
+    resource = resources[kind]
+    resource.write(f"*RST;*CLS;{header} {sent}")
+    assert resource.query(f"{header}?") == answer
+    resource.write(f"{header} 2;{header} BOGUS")
+    assert resource.query(f"{header}?;:SYSTem:ERRor?;:SYSTem:ERRor?") == \
+        f'{answer};-104,"Data type error";-224,"Illegal parameter value"'
 
 
 def test_both_transports_encode_settings_alike(resources):

@@ -13,7 +13,7 @@
 #include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 #include "tests/ui/FrameTestSupport.h"
 
 namespace cvn73100::ui {
