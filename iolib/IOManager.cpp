@@ -165,6 +165,12 @@ std::shared_ptr<IInstrumentIO> IOManager::Open(const std::string& address) {
   throw IOError(IOERR_OPEN_FAILED, resource->Name() + " is an interface, not an instrument");
 }
 
+bool IOManager::SerialSettingsFixed(const std::string& portName) const {
+  const auto resource = ResourceAddress::Parse(portName);
+  return resource && resource->GetKind() == ResourceAddress::Kind::Serial &&
+         m_map.Com(resource->Port()).kind == ComKind::RawTcp;
+}
+
 std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string& name) {
   const auto& target = m_map.Com(port);
   switch (target.kind) {

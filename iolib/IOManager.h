@@ -44,6 +44,7 @@ class IOManager : public IIOManager {
 
   std::vector<std::string> FindResources(const std::string& pattern) override;
   std::shared_ptr<IInstrumentIO> Open(const std::string& address) override;
+  bool SerialSettingsFixed(const std::string& portName) const override;
 
   const BoardMap& Map() const { return m_map; }
   // True when no config file was found and GPIB0 is the embedded simulated bus.
