@@ -104,8 +104,18 @@ Vxi11Gateway::~Vxi11Gateway() {
   if (registered_) pmap_unset(DEVICE_CORE, DEVICE_CORE_VERSION);
   svc_unregister(DEVICE_CORE, DEVICE_CORE_VERSION);
   svc_unregister(DEVICE_ASYNC, DEVICE_ASYNC_VERSION);
-  // Connections still open are the RPC library's: each goes when its host closes it.
   svc_destroy(transport_);
+  // The connections still open are ended here: shut down, each reads as closed, and the RPC library then
+  // destroys its transport (the library offers no other way to reach them).
+  std::vector<pollfd> fds(svc_pollfd, svc_pollfd + svc_max_pollfd);
+  for (const pollfd& fd : fds)
+    if (fd.fd >= 0) shutdown(fd.fd, SHUT_RDWR);
+  for (int round = 0; round < 100; ++round) {
+    fds.assign(svc_pollfd, svc_pollfd + svc_max_pollfd);
+    const int ready = poll(fds.data(), fds.size(), 0);
+    if (ready <= 0) break;
+    svc_getreq_poll(fds.data(), ready);
+  }
   close(wake_[0]);
   close(wake_[1]);
   g_gateway = nullptr;
