@@ -21,7 +21,7 @@
 #include "vxi11.h"
 
 // After the generated header, which brings the RPC types the portmapper header needs.
-#include <rpc/pmap_clnt.h>
+#include <rpc/rpcb_clnt.h>
 
 // The dispatchers rpcgen writes for the core and abort channels.
 extern "C" void device_core_1(svc_req* request, SVCXPRT* transport);
@@ -42,6 +42,16 @@ constexpr long kReasonCount = 0x01, kReasonChar = 0x02, kReasonEnd = 0x04;
 std::atomic<Vxi11Gateway*> g_gateway{nullptr};
 
 Vxi11Gateway& Gateway() { return *g_gateway.load(); }
+
+// Tells the host's portmapper where the core channel is (for its TCP lookups of every version).
+bool Register(sockaddr_in address) {
+  netconfig* tcp = getnetconfigent("tcp");
+  if (tcp == nullptr) return false;
+  netbuf where{sizeof address, sizeof address, &address};
+  const bool done = rpcb_set(DEVICE_CORE, DEVICE_CORE_VERSION, tcp, &where) == TRUE;
+  freenetconfigent(tcp);
+  return done;
+}
 
 // "gpib0,7" -> 7; -1 for "gpib0"; -2 for anything else.
 int ParseDevice(const std::string& device) {
@@ -90,9 +100,9 @@ Vxi11Gateway::Vxi11Gateway(const std::array<Instrument*, 31>& instruments, std::
     throw std::system_error(EIO, std::generic_category(), "svc_vc_create");
   }
   // A portmapper left with an old entry for the core program (a gateway that was killed) would point elsewhere.
-  if (registerWithPortmapper) pmap_unset(DEVICE_CORE, DEVICE_CORE_VERSION);
+  if (registerWithPortmapper) rpcb_unset(DEVICE_CORE, DEVICE_CORE_VERSION, nullptr);
   svc_register(transport_, DEVICE_CORE, DEVICE_CORE_VERSION, device_core_1, 0);
-  registered_ = registerWithPortmapper && pmap_set(DEVICE_CORE, DEVICE_CORE_VERSION, IPPROTO_TCP, port_) == TRUE;
+  registered_ = registerWithPortmapper && Register(address);
   svc_register(transport_, DEVICE_ASYNC, DEVICE_ASYNC_VERSION, device_async_1, 0);
   server_ = std::thread([this] { Serve(); });
 }
@@ -101,7 +111,7 @@ Vxi11Gateway::~Vxi11Gateway() {
   const char byte = 0;
   [[maybe_unused]] const auto written = write(wake_[1], &byte, 1);
   server_.join();
-  if (registered_) pmap_unset(DEVICE_CORE, DEVICE_CORE_VERSION);
+  if (registered_) rpcb_unset(DEVICE_CORE, DEVICE_CORE_VERSION, nullptr);
   svc_unregister(DEVICE_CORE, DEVICE_CORE_VERSION);
   svc_unregister(DEVICE_ASYNC, DEVICE_ASYNC_VERSION);
   svc_destroy(transport_);
