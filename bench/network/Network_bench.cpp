@@ -12,6 +12,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -73,11 +74,14 @@ double TcpCopySeconds(std::size_t size) {
   ::connect(reader, reinterpret_cast<sockaddr*>(&address), sizeof address);
   const int writer = ::accept(listener, nullptr, nullptr);
   std::vector<char> out(size, 'x'), in(64u << 10);
-  const auto start = Clock::now();
-  std::thread send([&] {
+  std::promise<void> go;
+  std::thread send([&, started = go.get_future()]() mutable {
+    started.wait();  // the thread is running before the clock starts
     for (std::size_t done = 0; done < size;)
       done += static_cast<std::size_t>(::send(writer, out.data() + done, size - done, 0));
   });
+  const auto start = Clock::now();
+  go.set_value();
   for (std::size_t done = 0; done < size;) done += static_cast<std::size_t>(::recv(reader, in.data(), in.size(), 0));
   const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
   send.join();
