@@ -3,7 +3,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "cli/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"

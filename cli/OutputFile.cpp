@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "cli/AtomicFile.h"
+#include "platform/AtomicFile.h"
 
 namespace cvn73100 {
 namespace {

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "cli/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "cli/CliContext.h"
 
 namespace cvn73100 {

@@ -1,6 +1,6 @@
 #include "cli/ScopeSession.h"
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"

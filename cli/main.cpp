@@ -6,7 +6,7 @@
 
 #include "cli/CliContext.h"
 #include "cli/Completion.h"
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
 #include "server/Cvn73100Server.h"

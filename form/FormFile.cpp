@@ -1,4 +1,4 @@
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "cli/AtomicFile.h"
+#include "platform/AtomicFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,12 +9,13 @@
 #include <cstring>
 #include <filesystem>
 
-#include "cli/CliContext.h"
+#include "platform/ScopeError.h"
 
 namespace cvn73100 {
 namespace {
 
 constexpr std::int32_t FILE_ERROR = 75;  // Path/File access error
+constexpr const char* CLI_SOURCE = "cvnscope";
 
 }  // namespace
 
