@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "platform/AtomicFile.h"
+#include "cli/OutputFile.h"
 #include "cli/CliContext.h"
 
 namespace cvn73100 {

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "platform/Components.h"
+#include "platform/RegularFile.h"
 #include "server/BlockReader.h"
 #include "server/ImageHeader.h"
 #include "server/ScpiText.h"
@@ -121,45 +122,12 @@ Record FetchRecord(ScpiChannel& channel, const std::string& source, Cvn73100_Wav
   return record;
 }
 
-[[noreturn]] void FileFailure(const std::string& path, const char* step, int error) {
-  throw ServerError(SERVERERR_FILE, path + ": " + step + ": " + std::strerror(error));
-}
-
-// A name beside `path` that no other writer uses.
-std::string TemporaryName(const std::string& path) {
-  static std::atomic<unsigned> counter{0};
-  return path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(++counter);
-}
-
-// Writes `data` to a temporary file beside `path`, flushes it to the disk and renames it over `path`, so
-// readers see the old file or the whole new one.
+// Writes `data` over `path` whole or not at all, so readers see the old file or the whole new one.
 void WriteWholeFile(const std::string& path, const Bytes& data) {
-  const std::string temp = TemporaryName(path);
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-  if (fd < 0) FileFailure(path, "create", errno);
-  auto fail = [&](const char* step) {
-    const int error = errno;
-    ::close(fd);
-    ::unlink(temp.c_str());
-    FileFailure(path, step, error);
-  };
-  std::size_t done = 0;
-  while (done < data.size()) {
-    const ssize_t n = ::write(fd, data.data() + done, data.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) fail("write");
-    done += static_cast<std::size_t>(n);
-  }
-  if (::fsync(fd) != 0) fail("sync");
-  if (::close(fd) != 0) {
-    const int error = errno;
-    ::unlink(temp.c_str());
-    FileFailure(path, "close", error);
-  }
-  if (::rename(temp.c_str(), path.c_str()) != 0) {
-    const int error = errno;
-    ::unlink(temp.c_str());
-    FileFailure(path, "rename", error);
+  try {
+    WriteRegularFile(path, std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
+  } catch (const FileError& error) {
+    throw ServerError(SERVERERR_FILE, error.what());
   }
 }
 
