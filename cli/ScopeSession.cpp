@@ -10,8 +10,10 @@ namespace cvn73100 {
 ScopeSession::ScopeSession(CliContext& context) : ScopeSession(context, Options{}) {}
 
 ScopeSession::ScopeSession(CliContext& context, Options options)
-    : m_context(context), m_form(options.formPath.empty() ? context.formPath : options.formPath) {
-  if (!options.fresh) m_form.Load(m_loaded);
+    : m_context(context),
+      m_form(options.formPath.empty() ? context.formPath : options.formPath),
+      m_fresh(options.fresh) {
+  if (!m_fresh) m_form.Load(m_loaded, [this](const std::string& notice) { m_context.err << notice << "\n"; });
   m_control = std::make_unique<Cvn73100Scope>();
   // Also with an empty bag: reading passes the host's user mode on to the connection.
   m_control->ReadProperties(m_loaded);
@@ -27,13 +29,19 @@ void ScopeSession::Connect() {
   if (!m_control->InstrumentConnected()) m_control->Initialize();
 }
 
-bool ScopeSession::Finish(bool force) {
+bool ScopeSession::Finish() {
   MemoryPropertyBag written;
   m_control->WriteProperties(written);
-  // Compared as the file would hold them: a 16-bit value read back from JSON is a Long.
-  if (!force && FormFile::ToJson(written) == FormFile::ToJson(m_loaded)) return false;
-  m_form.Save(written);
-  m_loaded = written;
+  written = FormFile::AsStored(written);
+  if (m_fresh) {
+    m_form.Save(written);
+  } else if (written.Entries() == m_loaded.Entries()) {
+    return false;
+  } else {
+    // Only what this command changed goes in: others may have changed the form since it was read.
+    m_form.Merge(m_loaded, written, [this](const std::string& notice) { m_context.err << notice << "\n"; });
+  }
+  m_loaded = std::move(written);
   return true;
 }
 

@@ -227,17 +227,10 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
       throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(file));
     SetupsCommand command(context);
     context.host.SetFileAnswer(file);
-    command.Page().CommandGetFromFile_Click();
+    // Straight into NAME: a setup named after the file stays as it is.
+    const std::string name = options->name.empty() ? std::filesystem::path(file).stem().string() : options->name;
+    command.Page().OpenFileAs(name);
     if (!command.Succeeded()) return;
-    std::string name = std::filesystem::path(file).stem().string();
-    if (!options->name.empty() && options->name != name) {
-      // Renamed as Edit Setup renames: the page checks the new name.
-      command.Select(name);
-      command.View().PrepareForm(options->name, command.Setup(name)->Comments(), false);
-      command.Page().frmsetupmenuEvents_EditClick();
-      if (!command.Succeeded()) return;
-      name = options->name;
-    }
     command.Apply();
     command.Report("Opened", *command.Setup(name), IsStandardStream(options->file) ? "-" : Absolute(file));
   });

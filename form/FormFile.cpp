@@ -1,17 +1,21 @@
 #include "form/FormFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
-#include <fstream>
+#include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <optional>
 
-#include "cli/JsonText.h"
+#include "form/FormLock.h"
+#include "form/FormMerge.h"
+#include "platform/RegularFile.h"
 #include "platform/ScopeError.h"
 #include "platform/UserFolders.h"
 
@@ -21,10 +25,19 @@ namespace {
 using nlohmann::json;
 constexpr const char* SOURCE = "cvnscope";
 constexpr std::int32_t FORM_FILE_ERROR = 75;  // Path/File access error
-constexpr std::uintmax_t MAX_FORM_SIZE = 64u << 20;
+
+// A form that cannot be read as one: the reason, and the line it was found on (0: the file as a whole).
+struct FormDamage {
+  std::size_t line;
+  std::string reason;
+};
 
 ScopeError FormError(const std::string& path, const std::string& why) {
   return ScopeError(FORM_FILE_ERROR, SOURCE, "Form file " + path + ": " + why);
+}
+
+ScopeError FileAccessError(const FileError& error) {
+  return ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
 }
 
 // Byte arrays are stored as {"bytes": "<hex>"} so the file stays plain text and exact.
@@ -101,14 +114,84 @@ Variant FromJsonValue(const json& value, int depth = 0) {
   throw RuntimeError(ERR_TYPE_MISMATCH, SOURCE);
 }
 
-void WriteWhole(int fd, const std::string& text, const std::string& path) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) throw FormError(path, std::strerror(errno));
-    done += static_cast<std::size_t>(n);
+std::size_t LineAt(const std::string& text, std::size_t offset) {
+  offset = std::min(offset, text.size());
+  return 1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
+}
+
+// The line on which property `key` is written, or 0.
+std::size_t LineOfKey(const std::string& text, const std::string& key) {
+  const std::size_t at = text.find(json(key).dump() + ":");
+  return at == std::string::npos ? 0 : LineAt(text, at);
+}
+
+void Parse(const std::string& text, MemoryPropertyBag& bag) {
+  json root;
+  try {
+    root = json::parse(text);
+  } catch (const json::parse_error& error) {
+    // The library's text reads "[json...] parse error at line L, column C: <reason>".
+    std::string reason = error.what();
+    if (const std::size_t colon = reason.find(": ", reason.find("column")); colon != std::string::npos)
+      reason.erase(0, colon + 2);
+    throw FormDamage{LineAt(text, error.byte == 0 ? 0 : error.byte - 1), reason};
   }
+  if (!root.is_object() || !root.contains("properties") || !root["properties"].is_object())
+    throw FormDamage{1, "not a cvn73100 form"};
+  const json& properties = root["properties"];
+  MemoryPropertyBag loaded;
+  const auto load = [&](const std::string& key) {
+    try {
+      loaded.Set(key, FromJsonValue(properties[key]));
+    } catch (const ScopeError&) {
+      throw FormDamage{LineOfKey(text, key), "the value of " + key + " is not one a property can hold"};
+    }
+  };
+  if (root.contains("order") && root["order"].is_array()) {
+    for (const auto& key : root["order"])
+      if (key.is_string() && properties.contains(key.get<std::string>()) && !loaded.Contains(key.get<std::string>()))
+        load(key.get<std::string>());
+  }
+  for (const auto& item : properties.items())
+    if (!loaded.Contains(item.key())) load(item.key());
+  bag = std::move(loaded);
+}
+
+std::string TimeStamp() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  ::localtime_r(&now, &local);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", &local);
+  return text;
+}
+
+// Reads the form at `path` into `bag`: FormDamage when its content is not a form, a FormError when the
+// file cannot be read. Writers that died mid-save leave temporaries, removed here.
+void ReadForm(const std::string& path, MemoryPropertyBag& bag) {
+  std::optional<std::string> text;
+  try {
+    RemoveStaleTemporaries(WriteTarget(path));
+    struct stat st {};
+    if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && static_cast<std::size_t>(st.st_size) > FormFile::MAX_SIZE)
+      throw FormDamage{0, std::to_string(st.st_size) + " bytes, more than the " + std::to_string(FormFile::MAX_SIZE) +
+                              " a form may hold"};
+    text = ReadRegularFile(path, FormFile::MAX_SIZE);
+  } catch (const FileError& error) {
+    throw FileAccessError(error);
+  }
+  if (!text) {
+    bag.Clear();
+    return;
+  }
+  Parse(*text, bag);
+}
+
+void Tell(const FormFile::Notice& notice, const std::string& message) {
+  if (notice)
+    notice(message);
+  else
+    std::cerr << message << "\n";
 }
 
 }  // namespace
@@ -131,67 +214,79 @@ std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
     order.push_back(key);
   }
   // The keys' order is the order the control wrote them in; JSON objects do not keep it.
-  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
+  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
 void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {
-  const json root = json::parse(text, nullptr, false);
-  if (root.is_discarded() || !root.is_object() || !root.contains("properties") || !root["properties"].is_object())
-    throw ScopeError(ERR_TYPE_MISMATCH, SOURCE, "The form file is not a cvn73100 form.");
-  const json& properties = root["properties"];
-  MemoryPropertyBag loaded;
-  if (root.contains("order") && root["order"].is_array()) {
-    for (const auto& key : root["order"])
-      if (key.is_string() && properties.contains(key.get<std::string>()))
-        loaded.Set(key.get<std::string>(), FromJsonValue(properties[key.get<std::string>()]));
+  try {
+    Parse(text, bag);
+  } catch (const FormDamage& damage) {
+    throw ScopeError(ERR_TYPE_MISMATCH, SOURCE, "The form file is not a cvn73100 form: line " + std::to_string(damage.line) +
+                                                    ": " + damage.reason);
   }
-  for (const auto& [key, value] : properties.items())
-    if (!loaded.Contains(key)) loaded.Set(key, FromJsonValue(value));
-  bag = std::move(loaded);
 }
 
-void FormFile::Load(MemoryPropertyBag& bag) const {
-  std::error_code ec;
-  if (!std::filesystem::exists(m_path, ec)) {
-    bag.Clear();
-    return;
-  }
-  if (std::filesystem::file_size(m_path, ec) > MAX_FORM_SIZE) throw FormError(m_path, "too large");
-  std::ifstream in(m_path, std::ios::binary);
-  if (!in) throw FormError(m_path, "cannot be read");
-  std::ostringstream text;
-  text << in.rdbuf();
+MemoryPropertyBag FormFile::AsStored(const MemoryPropertyBag& bag) {
+  MemoryPropertyBag stored;
+  FromJson(ToJson(bag), stored);
+  return stored;
+}
+
+void FormFile::Load(MemoryPropertyBag& bag, const Notice& notice) const {
   try {
-    FromJson(text.str(), bag);
-  } catch (const ScopeError& error) {
-    throw FormError(m_path, error.Description());
+    ReadForm(m_path, bag);
+    return;
+  } catch (const FormDamage&) {
+  }
+  // Put aside under the lock, so that a form another command has just repaired stays.
+  try {
+    const FormLock lock(m_path);
+    LoadLocked(bag, notice);
+  } catch (const FileError& error) {
+    throw FileAccessError(error);
+  }
+}
+
+void FormFile::LoadLocked(MemoryPropertyBag& bag, const Notice& notice) const {
+  try {
+    ReadForm(m_path, bag);
+  } catch (const FormDamage& damage) {
+    const std::string damaged = WriteTarget(m_path).string() + ".damaged-" + TimeStamp();
+    if (std::rename(WriteTarget(m_path).c_str(), damaged.c_str()) != 0)
+      throw FormError(m_path, damage.reason + "; it cannot be put aside: " + std::strerror(errno));
+    bag.Clear();
+    Tell(notice, "Form file " + m_path + (damage.line ? ", line " + std::to_string(damage.line) : std::string()) + ": " +
+                     damage.reason + ". It is kept as " + damaged + "; going on with a fresh form.");
   }
 }
 
 void FormFile::Save(const MemoryPropertyBag& bag) const {
-  const std::filesystem::path target(m_path);
-  std::error_code ec;
-  if (target.has_parent_path()) std::filesystem::create_directories(target.parent_path(), ec);
-  std::string temp = m_path + ".XXXXXX";
-  const int fd = ::mkstemp(temp.data());
-  if (fd < 0) throw FormError(m_path, std::strerror(errno));
+  Change([&](MemoryPropertyBag& form) { form = bag; });
+}
+
+bool FormFile::Change(const std::function<void(MemoryPropertyBag&)>& change, const Notice& notice) const {
   try {
-    WriteWhole(fd, ToJson(bag), m_path);
-    if (::fsync(fd) != 0) throw FormError(m_path, std::strerror(errno));
-  } catch (...) {
-    ::close(fd);
-    ::unlink(temp.c_str());
-    throw;
+    const FormLock lock(m_path);
+    MemoryPropertyBag form;
+    LoadLocked(form, notice);
+    const std::string before = ToJson(form);
+    change(form);
+    const std::string after = ToJson(form);
+    if (after == before && std::filesystem::exists(m_path)) return false;
+    if (after.size() > MAX_SIZE)
+      throw FormError(m_path, "it would take " + std::to_string(after.size()) + " bytes, more than the " +
+                                  std::to_string(MAX_SIZE) + " a form may hold; remove setups it no longer needs");
+    WriteRegularFile(m_path, after, 0600);
+    return true;
+  } catch (const FileError& error) {
+    throw FileAccessError(error);
   }
-  if (::close(fd) != 0) {
-    ::unlink(temp.c_str());
-    throw FormError(m_path, std::strerror(errno));
-  }
-  if (std::rename(temp.c_str(), m_path.c_str()) != 0) {
-    const std::string why = std::strerror(errno);
-    ::unlink(temp.c_str());
-    throw FormError(m_path, why);
-  }
+}
+
+bool FormFile::Merge(const MemoryPropertyBag& base, const MemoryPropertyBag& mine, const Notice& notice) const {
+  const MemoryPropertyBag was = AsStored(base), wanted = AsStored(mine);
+  if (was.Entries() == wanted.Entries()) return false;
+  return Change([&](MemoryPropertyBag& form) { form = MergeForms(was, wanted, form); }, notice);
 }
 
 }  // namespace cvn73100

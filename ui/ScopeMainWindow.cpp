@@ -204,9 +204,8 @@ void ScopeMainWindow::LoadForm() {
     Scope().InitProperties();
   } else {
     Try([this] {
-      MemoryPropertyBag bag;
-      FormFile(m_formPath.toStdString()).Load(bag);
-      Scope().ReadProperties(bag);
+      FormFile(m_formPath.toStdString()).Load(m_readForm);
+      Scope().ReadProperties(m_readForm);
     });
     statusBar()->showMessage("Form: " + m_formPath);
   }
@@ -222,7 +221,12 @@ bool ScopeMainWindow::SaveForm(const QString& path) {
     // A fresh bag: keys of setups removed since the form was read must not survive.
     MemoryPropertyBag bag;
     Scope().WriteProperties(bag);
-    FormFile(target.toStdString()).Save(bag);
+    if (target != m_formPath) {
+      FormFile(target.toStdString()).Save(bag);
+      return;
+    }
+    FormFile(target.toStdString()).Merge(m_readForm, bag);
+    m_readForm = FormFile::AsStored(bag);
   });
 }
 

@@ -3,6 +3,8 @@
 #include <QPixmap>
 #include <QString>
 
+#include "platform/PropertyBag.h"
+
 class QChartView;
 class QComboBox;
 class QLabel;
@@ -67,6 +69,8 @@ class ScopeMainWindow : public QMainWindow {
   bool Try(F action);
 
   QString m_formPath;
+  // The form as it was read: saving carries over only what changed since, keeping others' changes.
+  MemoryPropertyBag m_readForm;
   bool m_bSaveOnClose = true;
   Cvn73100ScopeWidget* m_scopeWidget = nullptr;
   QLineEdit* m_command = nullptr;
