@@ -1,6 +1,6 @@
 #include "platform/PropertyBag.h"
 
-#include <algorithm>
+#include <cstddef>
 
 namespace cvn73100 {
 
@@ -21,28 +21,34 @@ std::string PropertyBag::ReadString(const std::string& key, const std::string& d
 }
 
 Variant MemoryPropertyBag::ReadProperty(const std::string& key, const Variant& defaultValue) const {
-  auto it = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& e) { return e.first == key; });
-  return it == m_entries.end() ? defaultValue : it->second;
+  const auto it = m_positions.find(key);
+  return it == m_positions.end() ? defaultValue : m_entries[it->second].second;
 }
 
 void MemoryPropertyBag::WriteProperty(const std::string& key, const Variant& value, const Variant& defaultValue) {
-  if (value == defaultValue) {
-    std::erase_if(m_entries, [&](const auto& e) { return e.first == key; });
-    return;
-  }
-  Set(key, value);
+  if (value == defaultValue)
+    Remove(key);
+  else
+    Set(key, value);
 }
 
-bool MemoryPropertyBag::Contains(const std::string& key) const {
-  return std::any_of(m_entries.begin(), m_entries.end(), [&](const auto& e) { return e.first == key; });
-}
+bool MemoryPropertyBag::Contains(const std::string& key) const { return m_positions.contains(key); }
 
 void MemoryPropertyBag::Set(const std::string& key, Variant value) {
-  auto it = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& e) { return e.first == key; });
-  if (it == m_entries.end())
+  const auto [it, added] = m_positions.try_emplace(key, m_entries.size());
+  if (added)
     m_entries.emplace_back(key, std::move(value));
   else
-    it->second = std::move(value);
+    m_entries[it->second].second = std::move(value);
+}
+
+void MemoryPropertyBag::Remove(const std::string& key) {
+  const auto it = m_positions.find(key);
+  if (it == m_positions.end()) return;
+  const std::size_t position = it->second;
+  m_positions.erase(it);
+  m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(position));
+  for (std::size_t i = position; i < m_entries.size(); ++i) m_positions[m_entries[i].first] = i;
 }
 
 }  // namespace cvn73100

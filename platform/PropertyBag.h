@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,11 +34,18 @@ class MemoryPropertyBag : public PropertyBag {
   bool Contains(const std::string& key) const;
   // Stores a value as it is, default or not (for loading a bag from a file).
   void Set(const std::string& key, Variant value);
-  void Clear() { m_entries.clear(); }
+  // Drops `key` and its value, if stored.
+  void Remove(const std::string& key);
+  void Clear() {
+    m_entries.clear();
+    m_positions.clear();
+  }
   const std::vector<std::pair<std::string, Variant>>& Entries() const { return m_entries; }
 
  private:
   std::vector<std::pair<std::string, Variant>> m_entries;
+  // Where each key stands in m_entries, so that a bag of many keys loads in linear time.
+  std::unordered_map<std::string, std::size_t> m_positions;
 };
 
 }  // namespace cvn73100

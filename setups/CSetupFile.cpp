@@ -1,25 +1,16 @@
 #include "setups/CSetupFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
+#include "platform/RegularFile.h"
 #include "setups/SetupFileReader.h"
 #include "setups/SetupText.h"
 
 namespace cvn73100 {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* CLASS_NAME = "CSetupFile";
 constexpr int MSG_OPEN_SETUP_FILE = 670;
@@ -43,70 +34,13 @@ class WriteFailure : public std::runtime_error {
   throw CatalogueError(ERR_SETUP_FILE, MSG_OPEN_SETUP_FILE, MSG_SAVE_ERROR);
 }
 
-[[noreturn]] void FailSystemCall(const std::string& what) { throw WriteFailure(what + ": " + std::strerror(errno)); }
-
 std::size_t DecimalDigits(std::int64_t value) { return std::to_string(value).size(); }
 
-void WriteAll(int fd, const std::uint8_t* data, std::size_t size) {
-  while (size > 0) {
-    const ssize_t n = ::write(fd, data, size);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) FailSystemCall("write");
-    data += n;
-    size -= static_cast<std::size_t>(n);
-  }
-}
-
-// The file that a save finally replaces: a symbolic link keeps pointing where it did.
-fs::path SaveTarget(const std::string& fileName) {
-  fs::path target(fileName);
-  std::error_code ec;
-  if (fs::is_symlink(target, ec)) {
-    fs::path resolved = fs::weakly_canonical(target, ec);
-    if (!ec) target = std::move(resolved);
-  }
-  return target;
-}
-
-// Replaces `fileName` by header + data, whole or not at all: the bytes go to a new file beside the
-// target (same file system, so the rename is atomic), which is synced before it takes the name, so
-// that a crash cannot leave the name on a file whose data never reached the disk.
+// Replaces `fileName` by header + data, whole or not at all (a link of one's own keeps pointing where it did).
 void ReplaceFile(const std::string& fileName, std::string_view header, const LearnString& data) {
-  static std::atomic<unsigned> counter{0};
-  const fs::path target = SaveTarget(fileName);
-  const std::string name = target.filename().string();
-  if (name.empty()) throw WriteFailure("no file name in \"" + fileName + "\"");
-  fs::path folder = target.parent_path();
-  if (folder.empty()) folder = ".";
-
-  struct stat existing {};
-  const bool exists = ::stat(target.c_str(), &existing) == 0;
-  if (exists && !S_ISREG(existing.st_mode)) throw WriteFailure(target.string() + ": not a regular file");
-
-  int fd = -1;
-  fs::path temporary;
-  for (int attempt = 0; fd < 0; ++attempt) {
-    temporary = folder / ("." + name.substr(0, 200) + "." + std::to_string(::getpid()) + "." +
-                          std::to_string(counter.fetch_add(1)) + ".tmp");
-    fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd < 0 && (errno != EEXIST || attempt >= 100)) FailSystemCall("create " + temporary.string());
-  }
-  try {
-    if (exists) (void)::fchmod(fd, existing.st_mode & 07777);
-    WriteAll(fd, reinterpret_cast<const std::uint8_t*>(header.data()), header.size());
-    if (data && !data->empty()) WriteAll(fd, data->data(), data->size());
-    if (::fsync(fd) != 0) FailSystemCall("fsync");
-    const int closed = ::close(fd);
-    fd = -1;
-    if (closed != 0) FailSystemCall("close");
-    if (::rename(temporary.c_str(), target.c_str()) != 0) FailSystemCall("rename to " + target.string());
-  } catch (...) {
-    if (fd >= 0) ::close(fd);
-    ::unlink(temporary.c_str());
-    throw;
-  }
-  // The folder is not synced: after a crash the name holds either the old file or the new one, each
-  // whole, which is the promise; the rename itself becomes durable with the file system's next commit.
+  std::string bytes(header);
+  if (data) bytes.append(data->begin(), data->end());
+  WriteRegularFile(fileName, bytes);
 }
 
 }  // namespace
@@ -207,9 +141,8 @@ void CSetupFile::ReadFile(const std::string& fileName) {
   if (dataLength < 0) RaiseReadError("ReadFile", "1");
   if (file.Position() != SetupFileReader::ConvertToLong(headerLengthText)) RaiseReadError("ReadFile", "2");
   const auto length = static_cast<std::size_t>(dataLength);
-  if (length > MAX_LEARN_STRING_BYTES || dataLength > file.Size() - file.Position()) {
-    RaiseReadError("ReadFile", "3");
-  }
+  if (length > MAX_LEARN_STRING_BYTES) SetupFileReader::RefuseLearnStringOf(length);
+  if (dataLength > file.Size() - file.Position()) RaiseReadError("ReadFile", "3");
   Bytes data;
   if (!file.ReadExactly(length, data)) RaiseReadError("ReadFile", "3");
   file.Close();
