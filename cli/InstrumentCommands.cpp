@@ -7,7 +7,6 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "platform/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
 #include "cli/JsonText.h"
