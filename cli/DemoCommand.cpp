@@ -3,7 +3,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "cli/OutputFile.h"
+#include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
 #include "cli/ConsoleSearchView.h"
@@ -146,7 +146,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     setupsPage.PropertyPage_Terminate();
     const std::size_t setupBytes = setup->LearnString() ? setup->LearnString()->size() : 0;
 
-    session.Finish();
+    session.Finish(true);
 
     if (context.json) {
       context.out << json{{"instrument", {{"address", control.Address()}, {"identity", identity}}},

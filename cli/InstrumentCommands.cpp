@@ -7,6 +7,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
 #include "cli/JsonText.h"

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "platform/RegularFile.h"
+#include "cli/AtomicFile.h"
 
 namespace cvn73100 {
 namespace {
@@ -27,14 +27,6 @@ void PrepareOutputFolder(const CliContext& context, const std::string& path, con
   }
   std::filesystem::create_directories(folder, ec);
   if (ec) throw ScopeError(FILE_ERROR, CLI_SOURCE, what + " " + path + ": " + folder.string() + ": " + ec.message());
-}
-
-void WriteFileAtomically(const std::string& path, const std::string& bytes, const std::string& what) {
-  try {
-    WriteRegularFile(path, bytes);
-  } catch (const FileError& error) {
-    throw ScopeError(FILE_ERROR, CLI_SOURCE, what + " " + error.what());
-  }
 }
 
 void WriteOutput(CliContext& context, const std::string& path, const std::string& bytes, const std::string& what) {

@@ -12,9 +12,6 @@ inline bool IsStandardStream(const std::string& path) { return path == "-"; }
 // error that names it. "-" needs no folder.
 void PrepareOutputFolder(const CliContext& context, const std::string& path, const std::string& what);
 
-// Writes `bytes` to `path` whole or not at all (see WriteRegularFile); failures are ScopeErrors naming `what`.
-void WriteFileAtomically(const std::string& path, const std::string& bytes, const std::string& what);
-
 // Writes `bytes` to `path` as a whole (see WriteFileAtomically), or to standard output for "-".
 void WriteOutput(CliContext& context, const std::string& path, const std::string& bytes, const std::string& what);
 

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "cli/OutputFile.h"
+#include "cli/AtomicFile.h"
 #include "cli/CliContext.h"
 
 namespace cvn73100 {

@@ -1,19 +1,34 @@
 #include "cli/ScopeSession.h"
 
+#include <algorithm>
+
 #include "form/FormFile.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
 
 namespace cvn73100 {
+namespace {
+
+// Compared as the file would hold them (a 16-bit value read back from JSON is a Long), in any order.
+bool SameProperties(const MemoryPropertyBag& a, const MemoryPropertyBag& b) {
+  const auto sorted = [](const MemoryPropertyBag& bag) {
+    auto entries = bag.Entries();
+    std::sort(entries.begin(), entries.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+    MemoryPropertyBag copy;
+    for (auto& [key, value] : entries) copy.Set(key, std::move(value));
+    return FormFile::ToJson(copy);
+  };
+  return sorted(a) == sorted(b);
+}
+
+}  // namespace
 
 ScopeSession::ScopeSession(CliContext& context) : ScopeSession(context, Options{}) {}
 
 ScopeSession::ScopeSession(CliContext& context, Options options)
-    : m_context(context),
-      m_form(options.formPath.empty() ? context.formPath : options.formPath),
-      m_fresh(options.fresh) {
-  if (!m_fresh) m_form.Load(m_loaded, [this](const std::string& notice) { m_context.err << notice << "\n"; });
+    : m_context(context), m_form(options.formPath.empty() ? context.formPath : options.formPath) {
+  if (!options.fresh) m_form.Load(m_loaded, [this](const std::string& notice) { m_context.err << notice << "\n"; });
   m_control = std::make_unique<Cvn73100Scope>();
   // Also with an empty bag: reading passes the host's user mode on to the connection.
   m_control->ReadProperties(m_loaded);
@@ -29,19 +44,13 @@ void ScopeSession::Connect() {
   if (!m_control->InstrumentConnected()) m_control->Initialize();
 }
 
-bool ScopeSession::Finish() {
+bool ScopeSession::Finish(bool force) {
   MemoryPropertyBag written;
   m_control->WriteProperties(written);
-  written = FormFile::AsStored(written);
-  if (m_fresh) {
-    m_form.Save(written);
-  } else if (written.Entries() == m_loaded.Entries()) {
-    return false;
-  } else {
-    // Only what this command changed goes in: others may have changed the form since it was read.
-    m_form.Merge(m_loaded, written, [this](const std::string& notice) { m_context.err << notice << "\n"; });
-  }
-  m_loaded = std::move(written);
+  if (!force && SameProperties(written, m_loaded)) return false;
+  // Other commands may have changed the form since it was read: only this command's changes are applied.
+  m_form.SaveChanges(m_loaded, written, [this](const std::string& notice) { m_context.err << notice << "\n"; });
+  m_loaded = written;
   return true;
 }
 

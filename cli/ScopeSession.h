@@ -10,8 +10,8 @@
 namespace cvn73100 {
 
 // One command's control: created over the registered I/O library and automation server, its properties
-// read from the form file (the control's property bag). When the command has changed any of them, its
-// changes are carried over, under the form's lock, to the form as it is by then.
+// read from the form file (the control's property bag), and the form written back whole when the command
+// has changed any of them.
 //
 // The form's language is the language of the command's messages; --country overrides it for this run
 // only, without changing the form.
@@ -19,7 +19,7 @@ class ScopeSession {
  public:
   struct Options {
     std::string formPath;  // empty: the context's form
-    bool fresh = false;    // start from a new form instead of reading the file, and replace the file
+    bool fresh = false;    // start from a new form instead of reading the file
   };
 
   explicit ScopeSession(CliContext& context);
@@ -33,15 +33,14 @@ class ScopeSession {
 
   // Opens the connection on the control's address unless it is open; failures reach the caller.
   void Connect();
-  // Writes the form when the control's properties differ from what was read; a fresh session replaces it.
+  // Writes the form when the control's properties differ from what was read (or always, with `force`).
   // Returns whether it wrote. A command calls it once it has done its work: a failed command leaves the
   // form as it was.
-  bool Finish();
+  bool Finish(bool force = false);
 
  private:
   CliContext& m_context;
   FormFile m_form;
-  bool m_fresh;
   MemoryPropertyBag m_loaded;
   std::unique_ptr<Cvn73100Scope> m_control;
 };

@@ -218,21 +218,29 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
   open->callback([&context, options] {
     const ScratchFolder scratch;
     std::string file = options->file;
+    const std::string& name = options->name;
+    if (name.find('/') != std::string::npos) throw CLI::ValidationError("NAME", "a setup name holds no \"/\"");
     if (IsStandardStream(file)) {
-      if (options->name.empty()) throw CLI::ValidationError("NAME", "a setup read from standard input needs a NAME");
-      file = scratch.FromStandardInput(options->name + Cvn73100PPSetup::DEFAULT_EXTENSION);
+      if (name.empty()) throw CLI::ValidationError("NAME", "a setup read from standard input needs a NAME");
+      file = scratch.FromStandardInput(name + Cvn73100PPSetup::DEFAULT_EXTENSION);
     }
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec))
       throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(file));
+    // The page names a setup after its file: under another NAME, a copy of that name is opened, so that
+    // the setup named after the original file is never touched.
+    if (!name.empty() && std::filesystem::path(file).stem() != name) {
+      const std::string copy = scratch.PathOf(name + std::filesystem::path(file).extension().string());
+      std::filesystem::copy_file(file, copy, std::filesystem::copy_options::overwrite_existing);
+      file = copy;
+    }
     SetupsCommand command(context);
     context.host.SetFileAnswer(file);
-    // Straight into NAME: a setup named after the file stays as it is.
-    const std::string name = options->name.empty() ? std::filesystem::path(file).stem().string() : options->name;
-    command.Page().OpenFileAs(name);
+    command.Page().CommandGetFromFile_Click();
     if (!command.Succeeded()) return;
     command.Apply();
-    command.Report("Opened", *command.Setup(name), IsStandardStream(options->file) ? "-" : Absolute(file));
+    const std::string opened = std::filesystem::path(file).stem().string();
+    command.Report("Opened", *command.Setup(opened), IsStandardStream(options->file) ? "-" : Absolute(options->file));
   });
 }
 

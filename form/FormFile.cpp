@@ -1,20 +1,22 @@
 #include "form/FormFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/file.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
+#include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
+#include <ctime>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <optional>
+#include <nlohmann/json.hpp>
 
-#include "form/FormLock.h"
 #include "form/FormMerge.h"
+#include "platform/AtomicFile.h"
 #include "platform/RegularFile.h"
 #include "platform/ScopeError.h"
 #include "platform/UserFolders.h"
@@ -26,18 +28,8 @@ using nlohmann::json;
 constexpr const char* SOURCE = "cvnscope";
 constexpr std::int32_t FORM_FILE_ERROR = 75;  // Path/File access error
 
-// A form that cannot be read as one: the reason, and the line it was found on (0: the file as a whole).
-struct FormDamage {
-  std::size_t line;
-  std::string reason;
-};
-
 ScopeError FormError(const std::string& path, const std::string& why) {
   return ScopeError(FORM_FILE_ERROR, SOURCE, "Form file " + path + ": " + why);
-}
-
-ScopeError FileAccessError(const FileError& error) {
-  return ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
 }
 
 // Byte arrays are stored as {"bytes": "<hex>"} so the file stays plain text and exact.
@@ -114,6 +106,11 @@ Variant FromJsonValue(const json& value, int depth = 0) {
   throw RuntimeError(ERR_TYPE_MISMATCH, SOURCE);
 }
 
+struct FormDamage {
+  std::size_t line;  // 0: the file as a whole
+  std::string reason;
+};
+
 std::size_t LineAt(const std::string& text, std::size_t offset) {
   offset = std::min(offset, text.size());
   return 1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
@@ -167,18 +164,17 @@ std::string TimeStamp() {
 }
 
 // Reads the form at `path` into `bag`: FormDamage when its content is not a form, a FormError when the
-// file cannot be read. Writers that died mid-save leave temporaries, removed here.
+// file cannot be read (a FIFO there is refused, not waited on).
 void ReadForm(const std::string& path, MemoryPropertyBag& bag) {
   std::optional<std::string> text;
   try {
-    RemoveStaleTemporaries(WriteTarget(path));
     struct stat st {};
     if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && static_cast<std::size_t>(st.st_size) > FormFile::MAX_SIZE)
       throw FormDamage{0, std::to_string(st.st_size) + " bytes, more than the " + std::to_string(FormFile::MAX_SIZE) +
                               " a form may hold"};
     text = ReadRegularFile(path, FormFile::MAX_SIZE);
   } catch (const FileError& error) {
-    throw FileAccessError(error);
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
   }
   if (!text) {
     bag.Clear();
@@ -193,6 +189,33 @@ void Tell(const FormFile::Notice& notice, const std::string& message) {
   else
     std::cerr << message << "\n";
 }
+
+// An exclusive lock on `<form>.lock`, held while it lives. The lock file stays: removing it would let
+// two processes lock two different files.
+class FormLock {
+ public:
+  explicit FormLock(const std::string& formPath) : m_path(formPath + ".lock") {
+    m_fd = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (m_fd < 0) throw FormError(m_path, std::strerror(errno));
+    for (int waited = 0; ::flock(m_fd, LOCK_EX | LOCK_NB) != 0; waited += 10) {
+      if (errno != EWOULDBLOCK || waited >= FormFile::LOCK_WAIT_MS) {
+        const std::string why = errno == EWOULDBLOCK ? "still locked by another command after " +
+                                                           std::to_string(FormFile::LOCK_WAIT_MS / 1000) + " s"
+                                                     : std::strerror(errno);
+        ::close(m_fd);
+        throw FormError(m_path, why);
+      }
+      ::usleep(10000);
+    }
+  }
+  ~FormLock() { ::close(m_fd); }
+  FormLock(const FormLock&) = delete;
+  FormLock& operator=(const FormLock&) = delete;
+
+ private:
+  std::string m_path;
+  int m_fd = -1;
+};
 
 }  // namespace
 
@@ -221,15 +244,9 @@ void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {
   try {
     Parse(text, bag);
   } catch (const FormDamage& damage) {
-    throw ScopeError(ERR_TYPE_MISMATCH, SOURCE, "The form file is not a cvn73100 form: line " + std::to_string(damage.line) +
-                                                    ": " + damage.reason);
+    throw ScopeError(ERR_TYPE_MISMATCH, SOURCE,
+                     "The form file is not a cvn73100 form: line " + std::to_string(damage.line) + ": " + damage.reason);
   }
-}
-
-MemoryPropertyBag FormFile::AsStored(const MemoryPropertyBag& bag) {
-  MemoryPropertyBag stored;
-  FromJson(ToJson(bag), stored);
-  return stored;
 }
 
 void FormFile::Load(MemoryPropertyBag& bag, const Notice& notice) const {
@@ -239,20 +256,16 @@ void FormFile::Load(MemoryPropertyBag& bag, const Notice& notice) const {
   } catch (const FormDamage&) {
   }
   // Put aside under the lock, so that a form another command has just repaired stays.
-  try {
-    const FormLock lock(m_path);
-    LoadLocked(bag, notice);
-  } catch (const FileError& error) {
-    throw FileAccessError(error);
-  }
+  const FormLock lock(m_path);
+  LoadLocked(bag, notice);
 }
 
 void FormFile::LoadLocked(MemoryPropertyBag& bag, const Notice& notice) const {
   try {
     ReadForm(m_path, bag);
   } catch (const FormDamage& damage) {
-    const std::string damaged = WriteTarget(m_path).string() + ".damaged-" + TimeStamp();
-    if (std::rename(WriteTarget(m_path).c_str(), damaged.c_str()) != 0)
+    const std::string damaged = m_path + ".damaged-" + TimeStamp();
+    if (std::rename(m_path.c_str(), damaged.c_str()) != 0)
       throw FormError(m_path, damage.reason + "; it cannot be put aside: " + std::strerror(errno));
     bag.Clear();
     Tell(notice, "Form file " + m_path + (damage.line ? ", line " + std::to_string(damage.line) : std::string()) + ": " +
@@ -260,33 +273,33 @@ void FormFile::LoadLocked(MemoryPropertyBag& bag, const Notice& notice) const {
   }
 }
 
+MemoryPropertyBag FormFile::SaveChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
+                                        const Notice& notice) const {
+  std::error_code ec;
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
+  const FormLock lock(m_path);
+  MemoryPropertyBag current;
+  LoadLocked(current, notice);
+  MemoryPropertyBag merged = MergeFormChanges(base, mine, current);
+  Save(merged);
+  return merged;
+}
+
 void FormFile::Save(const MemoryPropertyBag& bag) const {
-  Change([&](MemoryPropertyBag& form) { form = bag; });
-}
-
-bool FormFile::Change(const std::function<void(MemoryPropertyBag&)>& change, const Notice& notice) const {
+  const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+  std::error_code ec;
+  if (!folder.empty()) std::filesystem::create_directories(folder, ec);
+  const std::string text = ToJson(bag);
+  // What could not be read back is not written.
+  if (text.size() > MAX_SIZE)
+    throw FormError(m_path, "it would take " + std::to_string(text.size()) + " bytes, more than the " +
+                                std::to_string(MAX_SIZE) + " a form may hold; remove setups it no longer needs");
   try {
-    const FormLock lock(m_path);
-    MemoryPropertyBag form;
-    LoadLocked(form, notice);
-    const std::string before = ToJson(form);
-    change(form);
-    const std::string after = ToJson(form);
-    if (after == before && std::filesystem::exists(m_path)) return false;
-    if (after.size() > MAX_SIZE)
-      throw FormError(m_path, "it would take " + std::to_string(after.size()) + " bytes, more than the " +
-                                  std::to_string(MAX_SIZE) + " a form may hold; remove setups it no longer needs");
-    WriteRegularFile(m_path, after, 0600);
-    return true;
-  } catch (const FileError& error) {
-    throw FileAccessError(error);
+    ReplaceFileAtomically(m_path, {text});
+  } catch (const AtomicFileError& error) {
+    throw ScopeError(FORM_FILE_ERROR, SOURCE, std::string("Form file ") + error.what());
   }
-}
-
-bool FormFile::Merge(const MemoryPropertyBag& base, const MemoryPropertyBag& mine, const Notice& notice) const {
-  const MemoryPropertyBag was = AsStored(base), wanted = AsStored(mine);
-  if (was.Entries() == wanted.Entries()) return false;
-  return Change([&](MemoryPropertyBag& form) { form = MergeForms(was, wanted, form); }, notice);
 }
 
 }  // namespace cvn73100

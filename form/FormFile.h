@@ -8,15 +8,15 @@
 namespace cvn73100 {
 
 // The control's saved properties as a JSON file: the property bag that cvnscope, cvnscope-gui and
-// the Python module share. It is only ever replaced whole, and only changed under its lock (FormLock):
-// read as it is now, changed, written.
+// the Python module share. Saved whole or not at all.
 class FormFile {
  public:
   // Told what happened when a damaged form had to be put aside.
   using Notice = std::function<void(const std::string&)>;
 
-  // The largest form read or written. A learn string (at most 1 MiB) takes twice its size in the file,
-  // so the form holds dozens of the largest setups; a change that would outgrow it is refused.
+  // The largest form read or written. A learn string (at most 1 MiB) takes twice its size here, so a form
+  // holds dozens of the largest setups; a save that would outgrow it is refused, so that every form
+  // written can be read back.
   static constexpr std::size_t MAX_SIZE = std::size_t{64} << 20;
 
   explicit FormFile(std::string path);
@@ -25,29 +25,28 @@ class FormFile {
   static std::string DefaultPath();
 
   const std::string& Path() const { return m_path; }
-  // Reads the file into `bag`; a missing file leaves it empty. A damaged form (its file, line and
-  // reason told to `notice`, standard error by default) is kept aside as "<form>.damaged-<time>" and
-  // read as empty, so that the command goes on with a fresh form.
+  // Reads the file into `bag`; a missing file leaves it empty. A damaged form (its file, line and reason
+  // told to `notice`, standard error by default) is kept aside as "<form>.damaged-<time>" and read as
+  // empty, so that the command goes on with a fresh form.
   void Load(MemoryPropertyBag& bag, const Notice& notice = {}) const;
-  // Replaces the form by `bag`.
+  // Writes `bag` to a temporary file beside the form, then renames it over the form.
   void Save(const MemoryPropertyBag& bag) const;
-  // Under the lock, reads the form as it is now, lets `change` change it and writes it when it did.
-  // Returns whether it wrote.
-  bool Change(const std::function<void(MemoryPropertyBag&)>& change, const Notice& notice = {}) const;
-  // Carries the changes from `base` (the form as it was read) to `mine` over to the form as it is now
-  // (see MergeForms), so that what others changed meanwhile stays. Returns whether it wrote.
-  bool Merge(const MemoryPropertyBag& base, const MemoryPropertyBag& mine, const Notice& notice = {}) const;
+  // Saves what a command changed from `base` (the form as it read it) to `mine`, as one step against other
+  // processes: under an exclusive lock on a file beside the form it reads the form again, keeps what others
+  // changed meanwhile, applies these changes and saves. Returns the form as saved. Waits at most
+  // LOCK_WAIT_MS for the lock.
+  MemoryPropertyBag SaveChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
+                                const Notice& notice = {}) const;
+
+  static constexpr int LOCK_WAIT_MS = 30000;
 
   // The JSON text of a bag and back (exposed for the fuzzer and the tests).
   static std::string ToJson(const MemoryPropertyBag& bag);
   static void FromJson(const std::string& text, MemoryPropertyBag& bag);
-  // `bag` as it reads back from its JSON text (a 16-bit integer comes back as a 32-bit one).
-  static MemoryPropertyBag AsStored(const MemoryPropertyBag& bag);
 
  private:
-  // Load with the lock held: puts a damaged form aside itself.
+  // Load with the form's lock held: puts a damaged form aside itself.
   void LoadLocked(MemoryPropertyBag& bag, const Notice& notice) const;
-  void Write(const MemoryPropertyBag& bag) const;
 
   std::string m_path;
 };

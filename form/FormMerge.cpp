@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
+#include <map>
+#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "setups/SetupCvn73100Scope.h"
@@ -12,103 +12,104 @@
 namespace cvn73100 {
 namespace {
 
-constexpr const char* SETUP_COUNT = "SetupCount";
+constexpr const char* SETUP_COUNT_KEY = "SetupCount";
 
-// A setup as saved: its name and its keys without the index, as the bag holds them.
-struct SavedSetup {
-  std::string name;
-  MemoryPropertyBag keys;
-};
-
-// A form taken apart: the properties of the control, and the setups in their order.
-struct FormParts {
-  MemoryPropertyBag properties;
-  std::vector<SavedSetup> setups;
-
-  const SavedSetup* Find(const std::string& name) const {
-    const auto it = std::find_if(setups.begin(), setups.end(), [&](const SavedSetup& s) { return s.name == name; });
-    return it == setups.end() ? nullptr : &*it;
-  }
-};
-
-// Whether `key` is one of a setup's keys: a setup word followed by an index.
-bool IsSetupKey(const std::string& key) {
-  for (const std::string_view word : SetupCvn73100Scope::PROPERTY_WORDS) {
-    if (key.size() > word.size() && key.compare(0, word.size(), word) == 0 &&
-        std::all_of(key.begin() + static_cast<std::ptrdiff_t>(word.size()), key.end(),
-                    [](unsigned char c) { return std::isdigit(c); }))
-      return true;
-  }
-  return false;
+// Setup names are matched as the collection matches them: case ignored.
+std::string Folded(std::string name) {
+  std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+  return name;
 }
 
-FormParts Split(const MemoryPropertyBag& bag) {
-  FormParts parts;
-  for (const auto& [key, value] : bag.Entries())
-    if (key != SETUP_COUNT && !IsSetupKey(key)) parts.properties.Set(key, value);
-  const Variant count = bag.ReadProperty(SETUP_COUNT, Variant(0));
-  const long n = count.GetType() == Variant::Type::Integer || count.GetType() == Variant::Type::Long ? count.AsLong() : 0;
-  for (long index = 1; index <= n; ++index) {
-    SavedSetup setup;
-    for (const char* word : SetupCvn73100Scope::PROPERTY_WORDS) {
-      const std::string key = word + std::to_string(index);
-      if (bag.Contains(key)) setup.keys.Set(word, bag.ReadProperty(key, Variant()));
+template <class Setups>
+auto FindSetup(Setups& setups, const std::string& name) {
+  return std::find_if(setups.begin(), setups.end(), [&](const auto& s) { return Folded(s.first) == Folded(name); });
+}
+
+// A form split into its setups (name and the setup's own properties, in order) and everything else.
+struct SplitForm {
+  std::vector<std::pair<std::string, MemoryPropertyBag>> setups;
+  MemoryPropertyBag rest;
+
+  explicit SplitForm(const MemoryPropertyBag& bag) {
+    std::set<std::string> setupKeys{SETUP_COUNT_KEY};
+    const auto count = bag.ReadInteger(SETUP_COUNT_KEY, 0);
+    for (std::int16_t i = 1; i <= count; ++i) {
+      SetupCvn73100Scope setup;
+      setup.ReadProperties(bag, i);
+      MemoryPropertyBag own;
+      setup.WriteProperties(own, 1);
+      // The keys the setup was read from, found by writing it back at its own index.
+      MemoryPropertyBag written;
+      setup.WriteProperties(written, i);
+      for (const auto& entry : written.Entries()) setupKeys.insert(entry.first);
+      setups.emplace_back(setup.Name(), std::move(own));
     }
-    const Variant name = setup.keys.ReadProperty(SetupCvn73100Scope::PROPERTY_WORDS[0],
-                                                 Variant(SetupCvn73100Scope::DEFAULT_NAME));
-    setup.name = name.GetType() == Variant::Type::String ? name.AsString() : std::string();
-    parts.setups.push_back(std::move(setup));
+    for (const auto& [key, value] : bag.Entries()) {
+      if (!setupKeys.contains(key)) rest.Set(key, value);
+    }
   }
-  return parts;
+
+  const MemoryPropertyBag* Setup(const std::string& name) const {
+    const auto found = FindSetup(setups, name);
+    return found == setups.end() ? nullptr : &found->second;
+  }
+};
+
+bool SameEntries(const MemoryPropertyBag* a, const MemoryPropertyBag* b) {
+  if (!a || !b) return a == b;
+  return a->Entries() == b->Entries();
 }
 
-MemoryPropertyBag Join(const FormParts& parts) {
-  MemoryPropertyBag bag = parts.properties;
-  if (!parts.setups.empty()) bag.Set(SETUP_COUNT, Variant(static_cast<std::int32_t>(parts.setups.size())));
-  for (std::size_t i = 0; i < parts.setups.size(); ++i)
-    for (const auto& [word, value] : parts.setups[i].keys.Entries()) bag.Set(word + std::to_string(i + 1), value);
-  return bag;
-}
-
-std::optional<Variant> Value(const MemoryPropertyBag& bag, const std::string& key) {
-  if (!bag.Contains(key)) return std::nullopt;
-  return bag.ReadProperty(key, Variant());
+std::set<std::string> Names(const SplitForm& form) {
+  std::set<std::string> names;
+  for (const auto& setup : form.setups) names.insert(Folded(setup.first));
+  return names;
 }
 
 }  // namespace
 
-MemoryPropertyBag MergeForms(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
-                             const MemoryPropertyBag& current) {
-  const FormParts was = Split(base), wanted = Split(mine);
-  FormParts merged = Split(current);
+MemoryPropertyBag MergeFormChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
+                                   const MemoryPropertyBag& current) {
+  const SplitForm before(base), after(mine), now(current);
 
-  const auto changed = [&](const std::string& key) { return Value(was.properties, key) != Value(wanted.properties, key); };
-  MemoryPropertyBag properties;
-  for (const auto& [key, value] : merged.properties.Entries()) {
-    if (!changed(key))
-      properties.Set(key, value);
-    else if (wanted.properties.Contains(key))
-      properties.Set(key, wanted.properties.ReadProperty(key, Variant()));
+  MemoryPropertyBag merged = now.rest;
+  std::set<std::string> keys;
+  for (const auto& entry : before.rest.Entries()) keys.insert(entry.first);
+  for (const auto& entry : after.rest.Entries()) keys.insert(entry.first);
+  for (const std::string& key : keys) {
+    const bool had = before.rest.Contains(key), has = after.rest.Contains(key);
+    if (has && (!had || !(before.rest.ReadProperty(key, {}) == after.rest.ReadProperty(key, {})))) {
+      merged.Set(key, after.rest.ReadProperty(key, {}));
+    } else if (had && !has) {
+      merged.Erase(key);
+    }
   }
-  for (const auto& [key, value] : wanted.properties.Entries())
-    if (!properties.Contains(key) && changed(key)) properties.Set(key, value);
-  merged.properties = std::move(properties);
 
-  for (const SavedSetup& old : was.setups) {
-    if (wanted.Find(old.name)) continue;
-    std::erase_if(merged.setups, [&](const SavedSetup& s) { return s.name == old.name; });
+  std::vector<std::pair<std::string, MemoryPropertyBag>> setups = now.setups;
+  std::set<std::string> names = Names(before);
+  names.merge(Names(after));
+  for (const std::string& name : names) {
+    const MemoryPropertyBag* old = before.Setup(name);
+    const MemoryPropertyBag* changed = after.Setup(name);
+    if (SameEntries(old, changed)) continue;
+    const auto found = FindSetup(setups, name);
+    if (!changed) {
+      if (found != setups.end()) setups.erase(found);
+    } else if (found != setups.end()) {
+      *found = {changed->ReadString("SetupName1", name), *changed};
+    } else {
+      setups.emplace_back(changed->ReadString("SetupName1", name), *changed);
+    }
   }
-  for (const SavedSetup& setup : wanted.setups) {
-    const SavedSetup* old = was.Find(setup.name);
-    if (old && old->keys.Entries() == setup.keys.Entries()) continue;
-    const auto it = std::find_if(merged.setups.begin(), merged.setups.end(),
-                                 [&](const SavedSetup& s) { return s.name == setup.name; });
-    if (it == merged.setups.end())
-      merged.setups.push_back(setup);
-    else
-      *it = setup;
+  // Setups go where the control writes them: after the other properties, numbered from 1.
+  merged.WriteProperty(SETUP_COUNT_KEY, Variant(static_cast<std::int32_t>(setups.size())), Variant(std::int32_t{0}));
+  std::int16_t index = 0;
+  for (const auto& setup : setups) {
+    SetupCvn73100Scope copy;
+    copy.ReadProperties(setup.second, 1);
+    copy.WriteProperties(merged, ++index);
   }
-  return Join(merged);
+  return merged;
 }
 
 }  // namespace cvn73100

@@ -3,11 +3,11 @@
 
 namespace cvn73100 {
 
-// The form `current` with the changes one command made, from `base` (the form it read) to `mine` (the
-// form it would write), carried over: a property changed, added or removed in `mine` takes its value
-// from `mine`, every other keeps the one in `current`. Setups are matched by name, so that setups others
-// added, changed or removed meanwhile stay as they left them.
-MemoryPropertyBag MergeForms(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
-                             const MemoryPropertyBag& current);
+// What one command changed in the form, applied to the form as another command left it meanwhile: the
+// properties that `mine` changed from `base` take their new values in `current` (or leave it, when
+// removed); the rest of `current` stays. Setups are merged by name, not by their numbered keys, so that
+// two commands adding different setups keep both.
+MemoryPropertyBag MergeFormChanges(const MemoryPropertyBag& base, const MemoryPropertyBag& mine,
+                                   const MemoryPropertyBag& current);
 
 }  // namespace cvn73100

@@ -1,7 +1,5 @@
 #include "platform/PropertyBag.h"
 
-#include <cstddef>
-
 namespace cvn73100 {
 
 bool PropertyBag::ReadBoolean(const std::string& key, bool defaultValue) const {
@@ -20,35 +18,41 @@ std::string PropertyBag::ReadString(const std::string& key, const std::string& d
   return ReadProperty(key, defaultValue).AsString();
 }
 
+const Variant* MemoryPropertyBag::Find(const std::string& key) const {
+  const auto found = m_index.find(key);
+  return found == m_index.end() ? nullptr : &m_entries[found->second].second;
+}
+
 Variant MemoryPropertyBag::ReadProperty(const std::string& key, const Variant& defaultValue) const {
-  const auto it = m_positions.find(key);
-  return it == m_positions.end() ? defaultValue : m_entries[it->second].second;
+  const Variant* value = Find(key);
+  return value ? *value : defaultValue;
 }
 
 void MemoryPropertyBag::WriteProperty(const std::string& key, const Variant& value, const Variant& defaultValue) {
-  if (value == defaultValue)
-    Remove(key);
-  else
-    Set(key, value);
+  if (value == defaultValue) {
+    Erase(key);
+    return;
+  }
+  Set(key, value);
 }
 
-bool MemoryPropertyBag::Contains(const std::string& key) const { return m_positions.contains(key); }
+bool MemoryPropertyBag::Contains(const std::string& key) const { return m_index.contains(key); }
 
 void MemoryPropertyBag::Set(const std::string& key, Variant value) {
-  const auto [it, added] = m_positions.try_emplace(key, m_entries.size());
+  const auto [found, added] = m_index.try_emplace(key, m_entries.size());
   if (added)
     m_entries.emplace_back(key, std::move(value));
   else
-    m_entries[it->second].second = std::move(value);
+    m_entries[found->second].second = std::move(value);
 }
 
-void MemoryPropertyBag::Remove(const std::string& key) {
-  const auto it = m_positions.find(key);
-  if (it == m_positions.end()) return;
-  const std::size_t position = it->second;
-  m_positions.erase(it);
+void MemoryPropertyBag::Erase(const std::string& key) {
+  const auto found = m_index.find(key);
+  if (found == m_index.end()) return;
+  const std::size_t position = found->second;
+  m_index.erase(found);
   m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(position));
-  for (std::size_t i = position; i < m_entries.size(); ++i) m_positions[m_entries[i].first] = i;
+  for (std::size_t i = position; i < m_entries.size(); ++i) m_index[m_entries[i].first] = i;
 }
 
 }  // namespace cvn73100

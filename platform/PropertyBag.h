@@ -34,18 +34,19 @@ class MemoryPropertyBag : public PropertyBag {
   bool Contains(const std::string& key) const;
   // Stores a value as it is, default or not (for loading a bag from a file).
   void Set(const std::string& key, Variant value);
-  // Drops `key` and its value, if stored.
-  void Remove(const std::string& key);
+  void Erase(const std::string& key);
   void Clear() {
     m_entries.clear();
-    m_positions.clear();
+    m_index.clear();
   }
+  // In the order the keys were first written.
   const std::vector<std::pair<std::string, Variant>>& Entries() const { return m_entries; }
 
  private:
+  const Variant* Find(const std::string& key) const;
+
   std::vector<std::pair<std::string, Variant>> m_entries;
-  // Where each key stands in m_entries, so that a bag of many keys loads in linear time.
-  std::unordered_map<std::string, std::size_t> m_positions;
+  std::unordered_map<std::string, std::size_t> m_index;  // key -> position in m_entries
 };
 
 }  // namespace cvn73100

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/AtomicFile.h"
 #include "platform/Components.h"
-#include "platform/RegularFile.h"
 #include "server/BlockReader.h"
 #include "server/ImageHeader.h"
 #include "server/ScpiText.h"
@@ -120,15 +120,6 @@ Record FetchRecord(ScpiChannel& channel, const std::string& source, Cvn73100_Wav
                                                std::to_string(record.preamble.points) + " points");
   }
   return record;
-}
-
-// Writes `data` over `path` whole or not at all, so readers see the old file or the whole new one.
-void WriteWholeFile(const std::string& path, const Bytes& data) {
-  try {
-    WriteRegularFile(path, std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
-  } catch (const FileError& error) {
-    throw ServerError(SERVERERR_FILE, error.what());
-  }
 }
 
 }  // namespace
@@ -281,7 +272,13 @@ Picture Cvn73100Server::GetScreenImage(Cvn73100_ImageFormat format) {
 
 void Cvn73100Server::SaveScreenImage(const std::string& fileName, Cvn73100_ImageFormat format) {
   if (fileName.empty()) throw ServerError(SERVERERR_BAD_ARGUMENT, "no file name");
-  WriteWholeFile(fileName, GetScreenImage(format).data);
+  const Picture picture = GetScreenImage(format);
+  try {
+    ReplaceFileAtomically(fileName, {std::string_view(reinterpret_cast<const char*>(picture.data.data()),
+                                                      picture.data.size())});
+  } catch (const AtomicFileError& error) {
+    throw ServerError(SERVERERR_FILE, error.what());
+  }
 }
 
 void RegisterAutomationServer() {

@@ -5,7 +5,7 @@
 
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
-#include "platform/RegularFile.h"
+#include "platform/AtomicFile.h"
 #include "setups/SetupFileReader.h"
 #include "setups/SetupText.h"
 
@@ -35,13 +35,6 @@ class WriteFailure : public std::runtime_error {
 }
 
 std::size_t DecimalDigits(std::int64_t value) { return std::to_string(value).size(); }
-
-// Replaces `fileName` by header + data, whole or not at all (a link of one's own keeps pointing where it did).
-void ReplaceFile(const std::string& fileName, std::string_view header, const LearnString& data) {
-  std::string bytes(header);
-  if (data) bytes.append(data->begin(), data->end());
-  WriteRegularFile(fileName, bytes);
-}
 
 }  // namespace
 
@@ -83,7 +76,11 @@ void CSetupFile::WriteFile(const std::string& fileName) {
     if (LearnString() && LearnString()->size() > MAX_LEARN_STRING_BYTES) {
       throw WriteFailure("the learn string is longer than a setup file may hold");
     }
-    ReplaceFile(fileName, HeaderText(), LearnString());
+    const std::string header = HeaderText();
+    const std::string_view data = LearnString() ? std::string_view(reinterpret_cast<const char*>(LearnString()->data()),
+                                                                   LearnString()->size())
+                                                : std::string_view();
+    ReplaceFileAtomically(fileName, {header, data});
   } catch (const std::exception& failure) {
     CDebug::Instance().Assert(false, failure.what(), CLASS_NAME, "WriteFile", "ErrorHandler");
     throw CatalogueError(ERR_SETUP_FILE, MSG_OPEN_SETUP_FILE, MSG_SAVE_ERROR);

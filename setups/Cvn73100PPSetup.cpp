@@ -466,7 +466,7 @@ FileDialogRequest Cvn73100PPSetup::FileRequest(int titleMessage, long flags, con
   return request;
 }
 
-void Cvn73100PPSetup::OpenFile(const std::string& as) {
+void Cvn73100PPSetup::OpenFile() {
   if (!m_setups) return;
   const auto chosen = Host::Current().GetOpenFileName(FileRequest(MSG_OPEN_SETUP_FILE, OPEN_FILE_FLAGS, ""));
   if (!chosen) {
@@ -479,7 +479,7 @@ void Cvn73100PPSetup::OpenFile(const std::string& as) {
   RememberFolder(chosen->path);
 
   // A setup file does not carry a setup name; the file's name is what the user chose it by.
-  const std::string name = as.empty() ? SetupNameOfFile(chosen->path) : as;
+  const std::string name = SetupNameOfFile(chosen->path);
   if (!IsValidName(name)) {
     MsgBox(Messages::Load(MSG_NAME_FORMAT), ERROR_BOX, Messages::Load(MSG_NAME_FORMAT_TITLE));
     Redraw();

@@ -93,8 +93,6 @@ class Cvn73100PPSetup {
   void CommandSendToInstrument_Click();
   // Open.
   void CommandGetFromFile_Click();
-  // As Open, into setup `name` rather than the one named after the chosen file.
-  void OpenFileAs(const std::string& name) { OpenFile(name); }
   // Save As.
   void CommandSendToFile_Click();
 
@@ -150,7 +148,7 @@ class Cvn73100PPSetup {
   // Adopts the folder of a chosen file as the dialogs' initial folder.
   void RememberFolder(const std::string& path);
   FileDialogRequest FileRequest(int titleMessage, long flags, const std::string& fileName) const;
-  void OpenFile(const std::string& as = "");
+  void OpenFile();
   void SaveFile();
 
   void FillRows();

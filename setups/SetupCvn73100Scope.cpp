@@ -52,21 +52,19 @@ void SetupCvn73100Scope::SetNewName(const std::string& name) {
 }
 
 void SetupCvn73100Scope::ReadProperties(const PropertyBag& bag, std::int16_t index) {
-  const auto& word = PROPERTY_WORDS;
-  m_strName = bag.ReadString(Key(word[0], index), DEFAULT_NAME);
-  m_strComments = bag.ReadString(Key(word[1], index), "");
-  m_vntLearnString = ToLearnString(bag.ReadProperty(Key(word[2], index), Variant()));
-  m_strModel = bag.ReadString(Key(word[3], index), "");
-  m_strVersion = bag.ReadString(Key(word[4], index), "");
+  m_strName = bag.ReadString(Key("SetupName", index), DEFAULT_NAME);
+  m_strComments = bag.ReadString(Key("SetupComments", index), "");
+  m_vntLearnString = ToLearnString(bag.ReadProperty(Key("LearnString", index), Variant()));
+  m_strModel = bag.ReadString(Key("Model", index), "");
+  m_strVersion = bag.ReadString(Key("Version", index), "");
 }
 
 void SetupCvn73100Scope::WriteProperties(PropertyBag& bag, std::int16_t index) const {
-  const auto& word = PROPERTY_WORDS;
-  bag.WriteProperty(Key(word[0], index), m_strName, DEFAULT_NAME);
-  bag.WriteProperty(Key(word[1], index), m_strComments, "");
-  bag.WriteProperty(Key(word[2], index), ToVariant(m_vntLearnString), Variant());
-  bag.WriteProperty(Key(word[3], index), m_strModel, "");
-  bag.WriteProperty(Key(word[4], index), m_strVersion, "");
+  bag.WriteProperty(Key("SetupName", index), m_strName, DEFAULT_NAME);
+  bag.WriteProperty(Key("SetupComments", index), m_strComments, "");
+  bag.WriteProperty(Key("LearnString", index), ToVariant(m_vntLearnString), Variant());
+  bag.WriteProperty(Key("Model", index), m_strModel, "");
+  bag.WriteProperty(Key("Version", index), m_strVersion, "");
 }
 
 void SetupCvn73100Scope::Copy(const SetupCvn73100Scope& source) {

@@ -1,5 +1,4 @@
 #pragma once
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,9 +18,6 @@ class SetupCvn73100Scope {
   static constexpr const char* DEFAULT_NAME = "Setup1";
   // A setup with this version suits every firmware of its model.
   static constexpr const char* WILDCARD_VERSION = "X.XX.XX";
-  // The words that, followed by a setup's index, name the five keys it is saved under.
-  static constexpr std::array<const char*, 5> PROPERTY_WORDS = {"SetupName", "SetupComments", "LearnString", "Model",
-                                                                "Version"};
 
   SetupCvn73100Scope() = default;
   SetupCvn73100Scope(const SetupCvn73100Scope&) = delete;

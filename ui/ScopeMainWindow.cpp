@@ -20,7 +20,7 @@
 #include <cmath>
 #include <exception>
 
-#include "form/FormFile.h"
+#include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "platform/PropertyBag.h"
 #include "platform/ScopeError.h"
@@ -204,8 +204,8 @@ void ScopeMainWindow::LoadForm() {
     Scope().InitProperties();
   } else {
     Try([this] {
-      FormFile(m_formPath.toStdString()).Load(m_readForm);
-      Scope().ReadProperties(m_readForm);
+      FormFile(m_formPath.toStdString()).Load(m_formAsRead);
+      Scope().ReadProperties(m_formAsRead);
     });
     statusBar()->showMessage("Form: " + m_formPath);
   }
@@ -221,12 +221,13 @@ bool ScopeMainWindow::SaveForm(const QString& path) {
     // A fresh bag: keys of setups removed since the form was read must not survive.
     MemoryPropertyBag bag;
     Scope().WriteProperties(bag);
-    if (target != m_formPath) {
+    // The window's own form keeps what other programs changed meanwhile; another file is written whole.
+    if (target == m_formPath) {
+      FormFile(target.toStdString()).SaveChanges(m_formAsRead, bag);
+      m_formAsRead = bag;
+    } else {
       FormFile(target.toStdString()).Save(bag);
-      return;
     }
-    FormFile(target.toStdString()).Merge(m_readForm, bag);
-    m_readForm = FormFile::AsStored(bag);
   });
 }
 

@@ -69,8 +69,7 @@ class ScopeMainWindow : public QMainWindow {
   bool Try(F action);
 
   QString m_formPath;
-  // The form as it was read: saving carries over only what changed since, keeping others' changes.
-  MemoryPropertyBag m_readForm;
+  MemoryPropertyBag m_formAsRead;  // what this window last read or saved, against which its changes count
   bool m_bSaveOnClose = true;
   Cvn73100ScopeWidget* m_scopeWidget = nullptr;
   QLineEdit* m_command = nullptr;

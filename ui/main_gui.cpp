@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <map>
 
-#include "form/FormFile.h"
+#include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
 #include "iolib/IOLibrary.h"

@@ -95,7 +95,7 @@ class CliTest : public ::testing::Test {
     int status = 0;
     ::waitpid(pid, &status, 0);
     std::fclose(in);
-    input.clear();
+    if (!input.empty()) input.clear();
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err)};
   }
 

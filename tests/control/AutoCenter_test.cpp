@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {

@@ -9,8 +9,9 @@
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "server/ServerError.h"
-#include "tests/control/ScriptedHost.h"
 #include "tests/server/SimulatedScope.h"
+#include "tests/support/ScriptedHost.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100 {
 namespace {
@@ -33,14 +34,10 @@ class CCvn73100EZTest : public ::testing::Test {
   void TearDown() override { ez.reset(); }
 
   std::int32_t ErrorNumber(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const ScopeError& e) {
-      lastError = e.Description();
-      lastSource = e.Source();
-      return e.Number();
-    }
-    return 0;
+    const ScopeError e = test::ErrorOf(action);
+    lastError = e.Description();
+    lastSource = e.Source();
+    return e.Number();
   }
 
   test::SupportLog support;
@@ -78,36 +75,28 @@ TEST_F(CCvn73100EZTest, InitializeWithAndWithoutResetAndIdentityCheck) {
   EXPECT_EQ(ez->ConnectionName(), "");
 }
 
-TEST_F(CCvn73100EZTest, ARejectedInstrumentRaisesTheConnectionErrorAndStaysDisconnected) {
-  ez->SetAutomationServerAddress("GPIB0::3::INSTR");  // a 73199B
-  ez->SetCheckIDOnInitialize(true);
-  EXPECT_EQ(ErrorNumber([&] { ez->Initialize(); }), kFailedConnection);
-  EXPECT_EQ(lastSource, "QD 73100 Scope Control");
-  EXPECT_EQ(lastError,
-            "Connection to instrument did not succeed\r\ndue to an I/O initialization failure.\r\n\r\n"
-            "Go to the Search Instruments or Set I/O property page and retest.");
-  EXPECT_FALSE(ez->InstrumentConnected());
-  EXPECT_EQ(ez->ConnectionName(), "");
+TEST_F(CCvn73100EZTest, FailuresReachTheCallerAndLeaveNothingOpen) {
+  const struct {
+    const char* address;
+    bool checkID;
+    std::int32_t error;                                                     // 0: any error
+  } cases[] = {{"GPIB0::3::INSTR", true, kFailedConnection},                // a 73199B, refused by the identity check
+               {"GPIB3::7::INSTR", false, ObjectError(IOERR_OPEN_FAILED)},  // a board that is not mapped
+               {"GPIB0::20::INSTR", false, 0}};                             // nobody listens there
+  for (const auto& c : cases) {
+    ez->SetAutomationServerAddress(c.address);
+    ez->SetCheckIDOnInitialize(c.checkID);
+    const std::int32_t error = ErrorNumber([&] { ez->Initialize(); });
+    EXPECT_TRUE(c.error ? error == c.error : error != 0) << c.address << ": " << error;
+    EXPECT_FALSE(ez->InstrumentConnected()) << c.address;
+    EXPECT_EQ(ez->ConnectionName(), "");
+  }
+  EXPECT_NE(ErrorNumber([&] { CCvn73100EZ().Initialize(); }), 0) << "no I/O manager";
 
-  // Without the check the same instrument connects.
-  ez->SetCheckIDOnInitialize(false);
+  // Without the check the refused instrument connects.
+  ez->SetAutomationServerAddress("GPIB0::3::INSTR");
   ez->Initialize();
   EXPECT_TRUE(ez->InstrumentConnected());
-}
-
-TEST_F(CCvn73100EZTest, FailuresReachTheCallerAndLeaveNothingOpen) {
-  ez->SetAutomationServerAddress("GPIB3::7::INSTR");  // a board that is not mapped
-  EXPECT_EQ(ErrorNumber([&] { ez->Initialize(); }), ObjectError(IOERR_OPEN_FAILED));
-  EXPECT_FALSE(ez->InstrumentConnected());
-
-  ez->SetAutomationServerAddress("GPIB0::20::INSTR");  // nobody listens there
-  EXPECT_NE(ErrorNumber([&] { ez->Initialize(); }), 0);
-  EXPECT_FALSE(ez->InstrumentConnected());
-  EXPECT_EQ(ez->ConnectionName(), "");
-
-  CCvn73100EZ withoutManager;
-  EXPECT_NE(ErrorNumber([&] { withoutManager.Initialize(); }), 0);
-  EXPECT_FALSE(withoutManager.InstrumentConnected());
 }
 
 TEST_F(CCvn73100EZTest, PropertyPageModeSuppressesTheInstrumentIDEvent) {
@@ -141,11 +130,7 @@ TEST_F(CCvn73100EZTest, AddressChangesCloseFirstAndWatchTheHandshakeKeyword) {
 
   ez->SetAutomationServerAddress("COM1");
   EXPECT_EQ(ez->AutomationServerAddress(), "COM1");
-  ASSERT_EQ(supportMessages.size(), 1u);
-  EXPECT_NE(supportMessages[0].find("Assertion: (InStr(1, strAddress, HANDSHAKE_ADDRESS_KEYWORD, vbTextCompare) > 0)"),
-            std::string::npos);
-  EXPECT_NE(supportMessages[0].find("File: CCvn73100EZ"), std::string::npos);
-  EXPECT_NE(supportMessages[0].find("Function: AutomationServerAddress"), std::string::npos);
+  EXPECT_EQ(supportMessages.size(), 1u) << "a serial address without its handshake is reported";
 
   ez->SetAutomationServerAddress("com2::handshake=xon_xoff");  // the keyword in any case
   EXPECT_EQ(supportMessages.size(), 1u);
@@ -178,10 +163,7 @@ TEST_F(CCvn73100EZTest, TXDelayRefusesNegativeValuesAndKeepsTheOldOne) {
   EXPECT_EQ(lastError, "Invalid property value.");
   EXPECT_EQ(lastSource, "QD 73100 Scope Control");
   EXPECT_EQ(ez->TXDelay(), 75);
-  ASSERT_EQ(supportMessages.size(), 1u);
-  EXPECT_NE(supportMessages[0].find("Assertion: false"), std::string::npos);
-  EXPECT_NE(supportMessages[0].find("Function: Let TXDelay"), std::string::npos);
-  EXPECT_NE(supportMessages[0].find("Location: Else"), std::string::npos);
+  EXPECT_EQ(supportMessages.size(), 1u);
   ez->SetTXDelay(0);
   EXPECT_EQ(ez->TXDelay(), 0);
 }

@@ -25,14 +25,14 @@ TEST_F(MessagesTest, LookupFallsBackToEnglishAndNeverCrossesLanguages) {
       {Messages::ENGLISH, 106, "Invalid property value."},
       {Messages::GERMAN, 106, "Ungültiger Eigenschaftswert."},
       {Messages::JAPANESE, 106, "プロパティ値が無効です。"},
-      {Messages::JAPANESE, 111, "OK"},                        // Japanese holds only 100-107
-      {Messages::JAPANESE, 200, "Search Instruments"},        // ... so the rest is English
-      {Messages::FRENCH, 10, "Cvn73100.hlp"},                 // the generic help file exists in English only
+      {Messages::JAPANESE, 111, "OK"},                  // Japanese holds only 100-107
+      {Messages::JAPANESE, 200, "Search Instruments"},  // ... so the rest is English
+      {Messages::FRENCH, 10, "Cvn73100.hlp"},           // the generic help file exists in English only
       {Messages::TRADITIONAL_CHINESE, 102, "Noto Sans CJK TC"},
-      {Messages::ENGLISH, 999, ""},                           // no such message anywhere
-      {Messages::ENGLISH, 1106, ""},                          // not a message number: no reach into French
-      {Messages::FRENCH, -894, ""},                           // nor back into English
-      {Messages::KOREAN, 2147483647, ""},                     // nor past the end of int
+      {Messages::ENGLISH, 999, ""},        // no such message anywhere
+      {Messages::ENGLISH, 1106, ""},       // not a message number: no reach into French
+      {Messages::FRENCH, -894, ""},        // nor back into English
+      {Messages::KOREAN, 2147483647, ""},  // nor past the end of int
   };
   for (const LookupCase& c : cases) {
     SCOPED_TRACE(std::to_string(c.base) + "+" + std::to_string(c.number));

@@ -1,6 +1,5 @@
 // The identification query through the real I/O library: the simulated GPIB bus in this process, and a
 // simulated instrument behind a pseudo-terminal reached through the serial backend.
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +12,8 @@
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/Process.h"
+#include "tests/support/ScriptedHost.h"
 
 namespace cvn73100 {
 namespace {
@@ -23,15 +23,6 @@ using ::testing::StartsWith;
 
 const sim::Identity kSupported{"Corvane Technologies", "73135D", "QX40001234", "A.02.10"};
 const sim::Identity kOtherSupported{"ACME", "73105B", "1", "B.01"};
-
-int OpenFileDescriptors() {
-  int count = 0;
-  if (DIR* dir = opendir("/proc/self/fd")) {
-    while (readdir(dir)) ++count;
-    closedir(dir);
-  }
-  return count;
-}
 
 class CQueryInstrumentSim : public ::testing::Test {
  protected:
@@ -62,56 +53,13 @@ class CQueryInstrumentSim : public ::testing::Test {
   CQueryInstrument query;
 };
 
-TEST_F(CQueryInstrumentSim, EveryReplyOnTheBusGivesItsCode) {
-  sim::Faults garbage;
-  garbage.garbage = true;
-  struct Case {
-    int address;
-    sim::Identity identity;
-    sim::Faults faults;
-    std::int16_t code;
-    const char* reply;  // nullptr: not compared
-  };
-  const Case cases[] = {
-      {7, kSupported, {}, IDNSupported, "Corvane Technologies,73135D,QX40001234,A.02.10"},
-      {3, {"Corvane Technologies", "73199B", "QX40005678", "A.01.04"}, {}, IDNUnsupportedModel, nullptr},
-      {4, {"ACME", "73135d", "1", "A"}, {}, IDNUnsupportedModel, "ACME,73135d,1,A"},
-      {12, {"Corvane Technologies", "44210A", "QX40009012", "B.03.01"}, {}, IDNNotFamily, nullptr},
-      {5, {"ACME", "", "", ""}, {}, IDNNotIEEE4882, "ACME"},
-      {6, {"", "", "", ""}, {}, IDNNoResponse, ""},
-      {8, kSupported, garbage, IDNNotIEEE4882, nullptr},
-  };
-  for (const Case& c : cases) AttachToBus(c.address, c.identity, c.faults);
-  for (const Case& c : cases) {
-    const std::string address = "GPIB0::" + std::to_string(c.address) + "::INSTR";
-    std::string reply = "old";
-    EXPECT_EQ(query.GPIBIDNQuery(address, reply), c.code) << address;
-    if (c.reply) {
-      EXPECT_EQ(reply, c.reply) << address;
-    }
-  }
-
+TEST_F(CQueryInstrumentSim, OpenFailuresAndWrongPortsGiveTheirCodes) {
   std::string reply = "old";
   EXPECT_EQ(query.GPIBIDNQuery("GPIB0::20::INSTR", reply), IDNNoResponse) << "no listener";
   EXPECT_EQ(reply, "");
   EXPECT_EQ(query.GPIBIDNQuery("GPIB1::7::INSTR", reply), IDNPortNotFound) << "board not mapped";
   EXPECT_EQ(query.RS232IDNQuery("GPIB0::7::INSTR", reply), IDNWrongPortType);
-  EXPECT_EQ(query.GPIBIDNQuery("COM1", reply), IDNWrongPortType);
   EXPECT_EQ(query.RS232IDNQuery("COM2", reply), IDNPortNotFound) << "no such serial node";
-}
-
-TEST_F(CQueryInstrumentSim, LateReplyOnTheBusIsNotTheNextAnswer) {
-  sim::Faults late;
-  late.lateReplyMs = 3000;
-  auto instrument = AttachToBus(9, {"OLD", "73199B", "1", "A"}, late);
-  std::string reply;
-  EXPECT_EQ(query.GPIBIDNQuery("GPIB0::9::INSTR", reply), IDNNoResponse);
-  EXPECT_EQ(reply, "");
-
-  instrument->SetFaults({});
-  instrument->SetIdentity(kOtherSupported);
-  EXPECT_EQ(query.GPIBIDNQuery("GPIB0::9::INSTR", reply), IDNSupported);
-  EXPECT_EQ(reply, "ACME,73105B,1,B.01");
 }
 
 TEST_F(CQueryInstrumentSim, SerialQueryUsesThePortsSettings) {
@@ -160,7 +108,7 @@ TEST_F(CQueryInstrumentSim, ManyQueriesLeakNoFileDescriptors) {
   std::string reply;
   // The first serial open may load what the serial library keeps for the process.
   ASSERT_EQ(query.RS232IDNQuery("COM1", reply), IDNSupported);
-  const int before = OpenFileDescriptors();
+  const int before = test::OpenDescriptorCount();
   for (int i = 0; i < 40; ++i) {
     ASSERT_EQ(query.RS232IDNQuery("COM1", reply), IDNSupported) << i;
   }
@@ -169,7 +117,7 @@ TEST_F(CQueryInstrumentSim, ManyQueriesLeakNoFileDescriptors) {
     ASSERT_EQ(query.GPIBIDNQuery("GPIB0::21::INSTR", reply), IDNNoResponse) << i;
     ASSERT_EQ(query.GPIBIDNQuery("GPIB2::7::INSTR", reply), IDNPortNotFound) << i;
   }
-  EXPECT_EQ(OpenFileDescriptors(), before);
+  EXPECT_EQ(test::OpenDescriptorCount(), before);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <string>
 
 #include "dialogs/Messages.h"
 #include "platform/ScopeError.h"

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "form/FormFile.h"
+#include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "iolib/BoardMap.h"
@@ -224,6 +224,75 @@ TEST_P(FailedSave, ADirectoryAtTheTargetIsLeftAsItWas) {
   EXPECT_TRUE(ReadWholeFile(target / "inside") == oldBytes);
   EXPECT_EQ(Listing(folder.Path()), std::set<std::string>{target.filename().string()});
   EXPECT_EQ(saver->Memory(), memory);
+}
+
+// What stands at the target decides: a FIFO, a folder or another user's link in a shared folder is refused
+// (without hanging), a link of one's own keeps pointing where it did, the mode stays, and what a crashed
+// save left behind goes.
+TEST_P(FailedSave, WhatStandsAtTheTargetIsRespected) {
+  const fs::path dir = folder.Path();
+  const struct {
+    const char* name;
+    std::function<fs::path()> prepare;  // returns the path to save to
+    bool saves;
+    std::function<void()> check;
+  } cases[] = {
+      {"fifo",
+       [&] {
+         ::mkfifo((dir / "fifo").c_str(), 0600);
+         return dir / "fifo";
+       },
+       false, [&] { EXPECT_EQ(fs::status(dir / "fifo").type(), fs::file_type::fifo); }},
+      {"own link",
+       [&] {
+         WriteWholeFile(dir / "real", oldBytes);
+         fs::create_symlink(dir / "real", dir / "link");
+         return dir / "link";
+       },
+       true,
+       [&] {
+         EXPECT_TRUE(fs::is_symlink(dir / "link"));
+         EXPECT_TRUE(ReadWholeFile(dir / "real") == newBytes);
+       }},
+      {"mode kept",
+       [&] {
+         WriteWholeFile(target, oldBytes);
+         fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+         return target;
+       },
+       true, [&] { EXPECT_EQ(fs::status(target).permissions() & fs::perms::all, fs::perms(0640)); }},
+      {"stale temporary",
+       [&] {
+         const fs::path stale = dir / ("." + target.filename().string() + ".tmp-stale1");
+         WriteWholeFile(stale, "left by a crash");
+         fs::last_write_time(stale, fs::file_time_type::clock::now() - std::chrono::hours(1));
+         WriteWholeFile(dir / ("." + target.filename().string() + ".tmp-young1"), "being written");
+         return target;
+       },
+       true,
+       [&] {
+         EXPECT_FALSE(fs::exists(dir / ("." + target.filename().string() + ".tmp-stale1")));
+         EXPECT_TRUE(fs::exists(dir / ("." + target.filename().string() + ".tmp-young1")));
+       }},
+      {"another user's link in a shared folder",
+       [&] {
+         fs::create_directory(dir / "shared");
+         fs::permissions(dir / "shared", fs::perms::all | fs::perms::sticky_bit);
+         WriteWholeFile(dir / "victim", oldBytes);
+         fs::create_symlink(dir / "victim", dir / "shared" / "planted");
+         if (::lchown((dir / "shared" / "planted").c_str(), 65534, 65534) != 0) return fs::path();
+         return dir / "shared" / "planted";
+       },
+       false, [&] { EXPECT_TRUE(ReadWholeFile(dir / "victim") == oldBytes); }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const fs::path path = c.prepare();
+    if (path.empty()) continue;  // needs rights this process lacks
+    EXPECT_EQ(Fails([&] { saver->SaveNew(path); }), !c.saves);
+    c.check();
+    for (const auto& entry : fs::directory_iterator(dir)) fs::remove_all(entry.path());
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

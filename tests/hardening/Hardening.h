@@ -67,11 +67,9 @@ inline void WriteWholeFile(const fs::path& path, const std::string& bytes) {
 }
 
 // Names in `dir`, to see that a failed save leaves no temporary file behind.
-// The names in `dir`, without the lock files that stay beside forms.
 inline std::set<std::string> Listing(const fs::path& dir) {
   std::set<std::string> names;
-  for (const auto& entry : fs::directory_iterator(dir))
-    if (entry.path().extension() != ".lock") names.insert(entry.path().filename().string());
+  for (const auto& entry : fs::directory_iterator(dir)) names.insert(entry.path().filename().string());
   return names;
 }
 

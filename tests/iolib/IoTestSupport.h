@@ -1,25 +1,25 @@
 #pragma once
-#include <dirent.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <functional>
-#include <optional>
 #include <string>
 
+#include "iolib/IOManager.h"
+#include "iolib/SimulatedBus.h"
 #include "platform/InstrumentIO.h"
+#include "simulator/Instrument.h"
+#include "simulator/InstrumentPort.h"
+#include "simulator/PrologixAdapter.h"
+#include "simulator/PtyServer.h"
+#include "simulator/TcpServer.h"
+#include "tests/support/Process.h"
 
 namespace cvn73100::io::test {
 
-// Open file descriptors of this process.
-inline int OpenDescriptorCount() {
-  DIR* dir = ::opendir("/proc/self/fd");
-  int count = 0;
-  while (::readdir(dir) != nullptr) ++count;
-  ::closedir(dir);
-  return count;
-}
+using cvn73100::test::OpenDescriptorCount;
+using cvn73100::test::ScopedEnv;
 
 // The I/O condition a call raises, or 0 when it returns normally.
 inline std::int32_t ConditionOf(const std::function<void()>& call) {
@@ -67,30 +67,6 @@ inline void ExpectLateReplyDropped(IInstrumentIO& io, int shortMs, int longMs) {
   EXPECT_EQ(Query(io, "*OPC?"), "1");
 }
 
-// Sets (or, with nullopt, removes) an environment variable for the life of the object.
-class ScopedEnv {
- public:
-  ScopedEnv(std::string name, const std::optional<std::string>& value) : m_name(std::move(name)) {
-    if (const char* old = std::getenv(m_name.c_str())) m_old = old;
-    if (value)
-      ::setenv(m_name.c_str(), value->c_str(), 1);
-    else
-      ::unsetenv(m_name.c_str());
-  }
-  ~ScopedEnv() {
-    if (m_old)
-      ::setenv(m_name.c_str(), m_old->c_str(), 1);
-    else
-      ::unsetenv(m_name.c_str());
-  }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  std::string m_name;
-  std::optional<std::string> m_old;
-};
-
 // Reads one definite-length block reply ("#NDDD<bytes>" and its LF) with ReadBytes.
 inline Bytes ReadBlock(IInstrumentIO& io) {
   Bytes head;
@@ -126,5 +102,64 @@ inline void ExpectSetupWritesBack(IInstrumentIO& io, const Bytes& setup) {
   EXPECT_EQ(ReadBlock(io), setup);
   EXPECT_EQ(std::stoi(Query(io, ":SYSTem:ERRor?")), 0);
 }
+
+// The stand-in linux-gpib library's test controls (the I/O library loads the same copy by its path).
+struct StandIn {
+  StandIn() : handle(::dlopen(CVN_STANDIN_GPIB, RTLD_NOW | RTLD_LOCAL)) {
+    if (!handle) return;
+    reset = reinterpret_cast<void (*)()>(::dlsym(handle, "cvn_standin_reset"));
+    addBoard = reinterpret_cast<void (*)(int)>(::dlsym(handle, "cvn_standin_add_board"));
+    attach = reinterpret_cast<void (*)(int, int, int, int)>(::dlsym(handle, "cvn_standin_attach"));
+    openDescriptors = reinterpret_cast<int (*)()>(::dlsym(handle, "cvn_standin_open_descriptors"));
+  }
+  void* handle;
+  void (*reset)() = nullptr;
+  void (*addBoard)(int) = nullptr;
+  void (*attach)(int board, int pad, int silent, int lateReplyMs) = nullptr;
+  int (*openDescriptors)() = nullptr;
+};
+
+// The simulated instrument behind every backend: GPIB0 the in-process bus, GPIB1 an adapter over loopback TCP,
+// GPIB2 an adapter over a pseudo-terminal, GPIB3 the stand-in linux-gpib library, all at address 7; COM1 a
+// pseudo-terminal, COM2 a missing device node, COM3 the in-process serial line.
+class Backends {
+ public:
+  static constexpr const char* kAddresses[] = {
+      "GPIB0::7::INSTR", "GPIB1::7::INSTR", "GPIB2::7::INSTR", "GPIB3::7::INSTR", "COM1", "COM3"};
+
+  Backends() {
+    for (auto* adapter : {&m_ethernet, &m_usb}) adapter->Attach(7, m_adapterInstrument);
+    standIn.reset();
+    standIn.attach(3, 7, 0, 0);
+    bus->Attach(7, m_busInstrument);
+    manager.SetSimulatedBus(0, bus);
+    manager.SetSimulatedSerialInstrument(3, m_serialInstrument);
+  }
+  ~Backends() { standIn.reset(); }
+
+  // Gives every instrument `faults` (the stand-in knows only silence and late replies).
+  void SetFaults(const sim::Faults& faults) {
+    for (sim::Instrument* i : {&m_ptyInstrument, &m_adapterInstrument, m_busInstrument.get(), m_serialInstrument.get()})
+      i->SetFaults(faults);
+    standIn.attach(3, 7, faults.silent ? 1 : 0, faults.lateReplyMs);
+  }
+
+  StandIn standIn;
+  std::shared_ptr<SimulatedBus> bus = std::make_shared<SimulatedBus>();
+  std::shared_ptr<sim::Instrument> m_busInstrument = std::make_shared<sim::Instrument>();
+  std::shared_ptr<sim::Instrument> m_serialInstrument = std::make_shared<sim::Instrument>();
+  sim::Instrument m_ptyInstrument;
+  sim::InstrumentPort m_ptyPort{m_ptyInstrument, sim::InstrumentPort::Line::Serial};
+  sim::Instrument m_adapterInstrument;
+  sim::PrologixAdapter m_ethernet{sim::PrologixAdapter::Model::Ethernet};
+  sim::PrologixAdapter m_usb{sim::PrologixAdapter::Model::Usb};
+  sim::PtyServer pty{m_ptyPort};
+  sim::TcpServer tcp{m_ethernet, 0};
+  sim::PtyServer adapterPty{m_usb};
+  IOManager manager{BoardMap::FromText(
+      "GPIB0 = sim\nGPIB1 = prologix-tcp:127.0.0.1:" + std::to_string(tcp.Port()) +
+      "\nGPIB2 = prologix-serial:" + adapterPty.DevicePath() + "\nGPIB3 = linux-gpib:3\nLIBGPIB = " + CVN_STANDIN_GPIB +
+      "\nCOM1 = " + pty.DevicePath() + "\nCOM2 = /dev/cvn-no-such-node\nCOM3 = sim\n")};
+};
 
 }  // namespace cvn73100::io::test

@@ -45,20 +45,6 @@ class SerialTest : public ::testing::Test {
   IOManager m_manager;
 };
 
-TEST_F(SerialTest, IdentifiesOverThePseudoTerminalAndInProcess) {
-  for (const char* port : {"COM1", "COM3"}) {
-    SCOPED_TRACE(port);
-    const auto io = OpenSet(port, 9600, RS232_HandShake_XON_XOFF);
-    EXPECT_EQ(io->IOType(), "ASRL");
-    // The wake-up the connection sends before it talks: a bare CR LF is no message.
-    io->SetOutputTermination(0);
-    io->Output("\r\n");
-    io->SetOutputTermination(10);
-    EXPECT_EQ(test::Query(*io, "*IDN?"), "Corvane Technologies,73135D,QX40001234,A.02.10");
-    io->Port().Close();
-  }
-}
-
 TEST_F(SerialTest, WrongLineSettingsGetNoAnswerAndTheRightOnesDo) {
   const sim::Faults faults{
       .wrongParameter = true, .requiredBaud = 19200, .requiredHandshake = RS232_HandShake_XON_XOFF};
@@ -83,11 +69,6 @@ TEST_F(SerialTest, WrongLineSettingsGetNoAnswerAndTheRightOnesDo) {
       EXPECT_EQ(ConditionOf([&] { io->Enter(reply); }), c.answers ? 0 : IOERR_TIMEOUT);
     }
   }
-}
-
-TEST_F(SerialTest, TimeoutIsHonouredAgainstASilentPort) {
-  m_instrument.SetFaults({.silent = true});
-  test::ExpectSilentTimeout(*OpenSet("COM1", 9600, RS232_HandShake_XON_XOFF), 250);
 }
 
 TEST_F(SerialTest, StaleBytesNeverAnswerTheNextQuery) {

@@ -9,7 +9,6 @@
 #include <ostream>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "dialogs/MessageTable.h"
 #include "dialogs/Messages.h"
@@ -25,8 +24,7 @@ const Language LANGUAGES[] = {{"en", 0},    {"fr", 1000}, {"es", 2000}, {"it", 3
                               {"de", 4000}, {"ja", 5000}, {"ko", 6000}, {"zh_TW", 7000}};
 void PrintTo(const Language& language, std::ostream* out) { *out << language.file; }
 
-const Language TRANSLATIONS[] = {{"fr", 1000}, {"es", 2000}, {"it", 3000},
-                                 {"de", 4000}, {"ko", 6000}, {"zh_TW", 7000}};
+const Language TRANSLATIONS[] = {{"fr", 1000}, {"es", 2000}, {"it", 3000}, {"de", 4000}, {"ko", 6000}, {"zh_TW", 7000}};
 
 // number -> text of one language's copy, read from the compiled table.
 std::map<int, std::string> Copy(int base) {
@@ -59,10 +57,7 @@ TEST(CatalogueTest, EnglishCarriesTheGenericHelpFilesAndTheSystemTexts) {
   const auto english = Copy(0);
   const std::pair<int, const char*> texts[] = {
       {10, "Cvn73100.hlp"},
-      {11, "Cvn73100.cnt"},
       {104, "QD 73100 Scope Control"},
-      {106, "Invalid property value."},
-      {107, "Asian languages are not supported on this computer."},
       {696, "An error occurred  while sending the setup to the instrument."},
   };
   for (const auto& [number, text] : texts) {
@@ -79,17 +74,7 @@ TEST(CatalogueTest, EveryLanguageCarriesEveryEnglishMessage) {
   std::set<int> expected;
   for (int number : Numbers(Copy(0)))
     if (number >= 100) expected.insert(number);  // 10 and 11 name the generic help files, English only
-  for (const Language& language : TRANSLATIONS) {
-    SCOPED_TRACE(language.file);
-    const std::set<int> present = Numbers(Copy(language.base));
-    std::vector<int> missing, extra;
-    for (int number : expected)
-      if (!present.count(number)) missing.push_back(number);
-    for (int number : present)
-      if (!expected.count(number)) extra.push_back(number);
-    EXPECT_TRUE(missing.empty()) << "missing " << testing::PrintToString(missing);
-    EXPECT_TRUE(extra.empty()) << "not in English " << testing::PrintToString(extra);
-  }
+  for (const Language& language : TRANSLATIONS) EXPECT_EQ(Numbers(Copy(language.base)), expected) << language.file;
 }
 
 TEST(CatalogueTest, JapaneseCarriesOnlyHelpFilesFontAndTexts104To107) {
@@ -98,10 +83,10 @@ TEST(CatalogueTest, JapaneseCarriesOnlyHelpFilesFontAndTexts104To107) {
 
 TEST(CatalogueTest, TranslationsKeepProductWordsAndLineStructure) {
   // Names of products, ports, standards and file patterns, and the marks the texts are built with.
-  const char* const kept[] = {"QD 73100",  "IEEE 488.2", "IEEE-488.2",     "RS-232",   "GP-IB",     "GPIB",
-                              "COM",       "DTR/DSR",    "DTR",            "XON/XOFF", "*IDN?",     "Quendal-Darrow",
-                              "Wrenfold",  "(*.scp)",    "(*.scp; *.stp)", "(*.stp)",  "(*.*)",     "\"X\"",
-                              "\"|\"",     "--",         "Cvn73100"};
+  const char* const kept[] = {
+      "QD 73100",       "IEEE 488.2", "IEEE-488.2", "RS-232", "GP-IB",          "GPIB",     "COM",
+      "DTR/DSR",        "DTR",        "XON/XOFF",   "*IDN?",  "Quendal-Darrow", "Wrenfold", "(*.scp)",
+      "(*.scp; *.stp)", "(*.stp)",    "(*.*)",      "\"X\"",  "\"|\"",          "--",       "Cvn73100"};
   const auto english = Copy(0);
   for (const Language& language : LANGUAGES) {
     for (const auto& [number, text] : Copy(language.base)) {

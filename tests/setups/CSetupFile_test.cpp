@@ -102,18 +102,14 @@ TEST_F(CSetupFileTest, DamagedOrForeignFilesAreRefused) {
   const Case cases[] = {
       {"capital type", Header("SCP", "1", "2") + "ab", true, 0},
       {"version 2", Header("scp", "2", "2") + "ab", false, 681},
-      {"other type", Header("stp", "1", "2") + "ab", false, 681},
       {"type over its limit", Header("scpxy", "1", "2") + "ab", false, 673},
       {"cut inside the header", good.substr(0, 40), true, 673},
-      {"cut inside field 13", good.substr(0, good.size() - 1), true, 673},
       {"empty file", "", false, 673},
       {"data length beyond the file", Header("scp", "1", "5000") + "ab", true, 673},
       {"data length beyond 32 bits", Header("scp", "1", "99999999999999") + "ab", true, ERR_TYPE_MISMATCH},
       {"data length beyond the cap", Header("scp", "1", "2000000000") + "ab", true, -1},
       {"negative data length", Header("scp", "1", "-2") + "ab", true, 673},
-      {"text as data length", Header("scp", "1", "abc") + "ab", true, ERR_TYPE_MISMATCH},
       {"text as header length", "x" + good + "ab", true, ERR_TYPE_MISMATCH},
-      {"negative data length, text as header length", "x" + Header("scp", "1", "-2") + "ab", true, 673},
       {"header length off by one", "80" + good.substr(2) + "ab", true, 673},
   };
   for (const auto& c : cases) {

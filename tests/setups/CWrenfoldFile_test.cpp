@@ -22,7 +22,6 @@ TEST_F(WrenfoldSetupFileTest, ReadsTheFourLinesAndTheLearnString) {
       {"carriage returns kept", "stp1.10\n12\r\nnote\r\nCVN73135D\r\n:SYSTEM:SETUP ab", "note\r",
        "Corvane Technologies", "73135D\r", Bytes{'a', 'b'}},
       {"no data", "stp1.10\n1\n\nCVN1\n:SYSTEM:SETUP ", "", "Corvane Technologies", "1", std::nullopt},
-      {"one data byte", "stp1.10\n1\n\nCVN1\n:SYSTEM:SETUP x", "", "Corvane Technologies", "1", std::nullopt},
       {"data holding line feeds", "stp1.10\n1\n\nab\n:SYSTEM:SETUP \n\n", "", "ab", "", Bytes{'\n', '\n'}},
   };
   for (const auto& c : cases) {
@@ -55,9 +54,7 @@ TEST_F(WrenfoldSetupFileTest, RefusesWhatIsNotAWellFormedFile) {
       {"abbreviated command", "stp1.10\n1\nc\nCVN1\n:SYST:SET ab", true, 673},
       {"no command", "stp1.10\n1\nc\nCVN1\n", true, 673},
       {"line 2 not a number", "stp1.10\n1x\nc\nCVN1\n:SYSTEM:SETUP ab", true, ERR_TYPE_MISMATCH},
-      {"line 2 beyond 32 bits", "stp1.10\n4294967296\nc\nCVN1\n:SYSTEM:SETUP ab", true, ERR_TYPE_MISMATCH},
       {"cut inside line 4", "stp1.10\n1\nc\nCVN1", true, 673},
-      {"cut inside line 1", "stp1.10", false, 673},
       {"empty file", "", false, 673},
   };
   for (const auto& c : cases) {

@@ -74,9 +74,8 @@ TEST_F(SetupTest, GetFromInstrumentTakesStateModelAndVersion) {
   const struct {
     const char* failing;
     bool stateKept, modelKept;
-  } cases[] = {{"ReadStateData", false, false},
-               {"InstrumentModel", true, false},
-               {"InstrumentFirmwareVersion", true, true}};
+  } cases[] = {
+      {"ReadStateData", false, false}, {"InstrumentModel", true, false}, {"InstrumentFirmwareVersion", true, true}};
   std::uint8_t fetch = 0;
   for (const auto& c : cases) {
     const LearnString before = m_setup->LearnString();

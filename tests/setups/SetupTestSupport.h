@@ -1,10 +1,7 @@
 #pragma once
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -14,39 +11,16 @@
 #include "dialogs/Messages.h"
 #include "platform/Components.h"
 #include "platform/ScopeError.h"
+#include "tests/support/ScriptedHost.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100::test {
-
-inline std::string ReadAll(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-inline void WriteAll(const std::filesystem::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
-}
 
 // A scratch folder per test, and the support messages raised while the test runs.
 class SetupFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "cvnsetups.XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    m_dir = pattern;
-    CDebug::SetInstance(std::make_shared<CDebug>());
-    CDebug::Instance().SetMode(CDebug::MODE_EVENT);
-    CDebug::Instance().SupportMessage.Connect([this](const std::string& block) { m_messages.push_back(block); });
-  }
-  void TearDown() override {
-    CDebug::SetInstance(nullptr);
-    std::filesystem::remove_all(m_dir);
-  }
-
-  std::string Path(const std::string& name) const { return (m_dir / name).string(); }
-  std::string Make(const std::string& name, const std::string& bytes) const {
-    WriteAll(m_dir / name, bytes);
-    return Path(name);
-  }
+  std::string Path(const std::string& name) const { return m_temp.Path(name); }
+  std::string Make(const std::string& name, const std::string& bytes) const { return m_temp.Make(name, bytes); }
   bool Asserted(const std::string& className, const std::string& procedure) const {
     for (const auto& m : m_messages) {
       if (m.find("File: " + className + "\r\n") != std::string::npos &&
@@ -56,20 +30,11 @@ class SetupFileTest : public ::testing::Test {
     return false;
   }
 
-  std::filesystem::path m_dir;
-  std::vector<std::string> m_messages;
+  TempDir m_temp{"cvnsetups"};
+  const std::filesystem::path& m_dir = m_temp.path();
+  SupportLog m_support;
+  std::vector<std::string>& m_messages = m_support.blocks;
 };
-
-// Runs `action` and returns the error it raises (number 0 when it raises none).
-template <class F>
-ScopeError ErrorOf(F&& action) {
-  try {
-    action();
-  } catch (const ScopeError& error) {
-    return error;
-  }
-  return ScopeError(0, "", "");
-}
 
 inline bool IsCatalogueError(const ScopeError& e, std::int32_t code, int source, int description) {
   return e.Number() == ObjectError(code) && e.Source() == Messages::Load(source) &&

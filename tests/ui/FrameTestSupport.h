@@ -1,6 +1,4 @@
 #pragma once
-#include <stdlib.h>
-
 #include <QApplication>
 #include <QDialog>
 #include <QTimer>
@@ -15,6 +13,7 @@
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
+#include "tests/support/TempDir.h"
 #include "ui/QtHost.h"
 
 namespace cvn73100::test {
@@ -59,11 +58,8 @@ class ControlFixture {
   explicit ControlFixture(const std::string& boardMap =
                               "GPIB0 = sim\nCOM1 = sim\nCOM2 = none\nCOM3 = none\n"
                               "COM4 = none\n") {
-    static const std::string tempDir = [] {
-      char pattern[] = "/tmp/cvn-ui-XXXXXX";
-      return std::string(mkdtemp(pattern));
-    }();
-    setenv("TMPDIR", tempDir.c_str(), 1);
+    // One folder for the process: the support log may outlive a single control.
+    static const ScopedTmpDir tempDir("cvn-ui");
     Messages::SetLanguageBase(Messages::ENGLISH);
     auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText(boardMap, "test"));
     Components::SetIOManagerFactory([manager] { return manager; });

@@ -16,6 +16,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <optional>
 
 #include "control/AutoCenter.h"
 #include "dialogs/Messages.h"
@@ -78,52 +79,29 @@ TEST_F(QtHostTest, BoxStylesGiveIconsButtonsAndAnswers) {
   struct Case {
     int style;
     QMessageBox::Icon icon;
-    QStringList buttons;
-    QString press;
+    QStringList buttons;  // sorted; the last is pressed
     int answer;
   };
   const Case cases[] = {
       {MsgBoxStyle::OKOnly | MsgBoxStyle::Information | MsgBoxStyle::SetForeground,
        QMessageBox::Information,
        {"OK"},
-       "OK",
        MsgBoxResult::OK},
-      {MsgBoxStyle::OKCancel | MsgBoxStyle::Exclamation,
-       QMessageBox::Warning,
-       {"Cancel", "OK"},
-       "Cancel",
-       MsgBoxResult::Cancel},
-      {MsgBoxStyle::OKCancel | MsgBoxStyle::Exclamation,
-       QMessageBox::Warning,
-       {"Cancel", "OK"},
-       "OK",
-       MsgBoxResult::OK},
-  };
+      {MsgBoxStyle::OKCancel | MsgBoxStyle::Exclamation, QMessageBox::Warning, {"Cancel", "OK"}, MsgBoxResult::OK}};
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.press.toStdString());
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QStringList buttons;
     QString text;
     OnNextDialog([&](QDialog* dialog) {
       auto* box = qobject_cast<QMessageBox*>(dialog);
-      ASSERT_NE(box, nullptr);
       icon = box->icon();
       text = box->text();
-      QAbstractButton* pressed = nullptr;
-      for (QAbstractButton* button : box->buttons()) {
-        buttons << button->text();
-        if (button->text() == c.press) pressed = button;
-      }
+      for (QAbstractButton* button : box->buttons()) buttons << button->text();
       buttons.sort();
-      if (!pressed) {
-        ADD_FAILURE() << "no button " << c.press.toStdString();
-        box->reject();
-        return;
-      }
-      QTest::mouseClick(pressed, Qt::LeftButton);
+      for (QAbstractButton* button : box->buttons())
+        if (button->text() == buttons.back()) QTest::mouseClick(button, Qt::LeftButton);
     });
-    const int answer = host.MsgBox(0, "Line one\r\nLine two", c.style, "Title");
-    EXPECT_EQ(answer, c.answer);
+    EXPECT_EQ(host.MsgBox(0, "Line one\r\nLine two", c.style, "Title"), c.answer);
     EXPECT_EQ(icon, c.icon);
     EXPECT_EQ(buttons, c.buttons);
     EXPECT_EQ(text, "Line one\nLine two");
@@ -131,62 +109,39 @@ TEST_F(QtHostTest, BoxStylesGiveIconsButtonsAndAnswers) {
 }
 
 TEST_F(QtHostTest, MessageOptionDialogInBothButtonModes) {
-  enum class Action { Continue, Cancel, Escape, OK };
+  using B = FrmMessageOption::Button;
   struct Case {
-    bool continueCancel;
-    bool tick;
-    Action action;
+    bool continueCancel, tick;
+    std::optional<B> press;  // none: Escape
     int button;
-    bool option;
   };
-  const Case cases[] = {
-      {true, true, Action::Continue, MsgBoxResult::OK, true},
-      {true, true, Action::Cancel, MsgBoxResult::Cancel, true},
-      {true, false, Action::Escape, MsgBoxResult::Cancel, false},
-      {false, true, Action::OK, MsgBoxResult::OK, true},
-      {false, false, Action::Escape, MsgBoxResult::OK, false},
-  };
+  const Case cases[] = {{true, true, B::Continue, MsgBoxResult::OK},
+                        {true, false, B::Cancel, MsgBoxResult::Cancel},
+                        {false, true, B::OK, MsgBoxResult::OK},
+                        {false, false, std::nullopt, MsgBoxResult::OK}};
   auto parent = Window(QRect(300, 200, 500, 400));
   for (const Case& c : cases) {
-    SCOPED_TRACE(static_cast<int>(c.action));
     MessageOptionRequest request;
     request.parent = QtHost::HandleOf(parent.get());
-    request.title = "Instrument I/O Configuration";
     request.message = "The Handshake setting for the current COM port is not correct.";
     request.option = "Do not show this message again";
     request.continueCancel = c.continueCancel;
     request.placement = [](const Rect& box, const Rect&) { return Rect{37, 41, box.width, box.height}; };
     QPoint at;
     bool continueShown = false;
-    bool okShown = false;
     OnNextDialog([&](QDialog* dialog) {
       auto* form = qobject_cast<MessageOptionDialog*>(dialog);
-      ASSERT_NE(form, nullptr);
       at = form->frameGeometry().topLeft();
-      continueShown = form->Button(FrmMessageOption::Button::Continue)->isVisible();
-      okShown = form->Button(FrmMessageOption::Button::OK)->isVisible();
+      continueShown = form->Button(B::Continue)->isVisible();
+      EXPECT_EQ(form->Button(B::OK)->isVisible(), !c.continueCancel);
       EXPECT_EQ(form->OptionBox()->text(), "Do not show this message again");
-      if (c.tick) form->OptionBox()->setChecked(true);
-      switch (c.action) {
-        case Action::Continue:
-          QTest::mouseClick(form->Button(FrmMessageOption::Button::Continue), Qt::LeftButton);
-          break;
-        case Action::Cancel:
-          QTest::mouseClick(form->Button(FrmMessageOption::Button::Cancel), Qt::LeftButton);
-          break;
-        case Action::OK:
-          QTest::mouseClick(form->Button(FrmMessageOption::Button::OK), Qt::LeftButton);
-          break;
-        case Action::Escape:
-          QTest::keyClick(form, Qt::Key_Escape);
-          break;
-      }
+      form->OptionBox()->setChecked(c.tick);
+      c.press ? QTest::mouseClick(form->Button(*c.press), Qt::LeftButton) : QTest::keyClick(form, Qt::Key_Escape);
     });
     const MessageOptionResult result = host.ShowMessageOption(request);
     EXPECT_EQ(result.button, c.button);
-    EXPECT_EQ(result.optionChecked, c.option);
+    EXPECT_EQ(result.optionChecked, c.tick);
     EXPECT_EQ(continueShown, c.continueCancel);
-    EXPECT_EQ(okShown, !c.continueCancel);
     EXPECT_EQ(at, QPoint(37, 41));
   }
 }

@@ -10,10 +10,10 @@
 #include <QLineSeries>
 #include <QTemporaryDir>
 
-#include "form/FormFile.h"
+#include "cli/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/control/ScriptedHost.h"
+#include "tests/support/ScriptedHost.h"
 #include "tests/ui/FrameTestSupport.h"
 
 namespace cvn73100::ui {

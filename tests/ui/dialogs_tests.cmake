@@ -4,7 +4,7 @@ if(TARGET cvn73100_io AND TARGET cvn73100_server AND TARGET cvn73100_sim AND TAR
   cvn_add_test(QtDialogs_test
                SOURCES FrameTestMain.cpp SetupsPage_test.cpp Dialogs_test.cpp ScopeMainWindow_test.cpp
                        ${PROJECT_SOURCE_DIR}/ui/ScopeMainWindow.cpp
-               LIBS cvn73100::qt cvn73100::io cvn73100::server cvn73100::sim cvn73100::form Qt6::Test)
+               LIBS cvn73100::qt cvn73100::test_support cvn73100::io cvn73100::server cvn73100::sim cvn73100::form Qt6::Test)
   set_target_properties(QtDialogs_test PROPERTIES AUTOMOC ON)
   if(TARGET cvn73100_designer AND TARGET Qt6::UiPlugin)
     add_dependencies(QtDialogs_test cvn73100_designer)
