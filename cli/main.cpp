@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <string_view>
 #include <unistd.h>
 
 #include "cli/CliContext.h"
 #include "cli/Completion.h"
+#include "cli/SimulatorState.h"
 #include "form/FormFile.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
@@ -50,6 +52,16 @@ int main(int argc, char** argv) {
   completion->add_option("SHELL", shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
   completion->callback([&] { context.out << CompletionScript(app, shell); });
 
+  // The simulated instruments keep their settings between commands; the demo starts from its own.
+  std::optional<SimulatorState> simulator;
+  auto* sim = app.add_subcommand("sim", "The built-in simulated instruments");
+  sim->require_subcommand(1);
+  sim->add_subcommand("reset", "Forget the settings the simulated instruments kept: they start afresh")
+      ->callback([&] {
+        simulator->Reset();
+        simulator.reset();
+      });
+
   // The control's separate components: the I/O library and the automation server of the 73100 family.
   io::RegisterIOLibrary();
   server::RegisterAutomationServer();
@@ -58,6 +70,10 @@ int main(int argc, char** argv) {
     context.host.SetAssumeYes(context.assumeYes);
     context.host.SetJson(context.json);
     context.formGiven = form->count() > 0;
+    if (!app.got_subcommand("demo") && !context.formPath.empty()) {
+      simulator.emplace(context.formPath);
+      simulator->Load();
+    }
   });
   int status = ExitStatus::OK;
   try {
@@ -77,6 +93,7 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     status = ReportError(context, ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, error.what()));
   }
+  if (simulator) simulator->Save();
   Host::SetCurrent(nullptr);
   return status;
 }

@@ -122,6 +122,14 @@ TEST_F(CliTest, FilesStreamsFoldersAndFormats) {
   EXPECT_TRUE(Contains(Run({"setup", "show", "-"}).out, "Model:       73135D"));
 }
 
+// A sequence of commands talks to one simulated instrument, as to a real one, until `sim reset`.
+TEST_F(CliTest, TheSimulatedInstrumentKeepsItsSettingsUntilReset) {
+  ASSERT_EQ(Run({"write", ":TIMebase:RANGe 2E-3"}).status, 0);
+  EXPECT_EQ(Run({"query", ":TIMebase:RANGe?"}).out, "2E-03\n");
+  ASSERT_EQ(Run({"sim", "reset"}).status, 0);
+  EXPECT_EQ(Run({"query", ":TIMebase:RANGe?"}).out, "1E-03\n");
+}
+
 // Habits of command-line tools: the version, usage errors as JSON, completions drawn from the command tree.
 TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
   const struct {
@@ -369,7 +377,7 @@ TEST_F(CliTest, QueryAndWriteReachTheInstrument) {
   EXPECT_EQ(Run({"write", ":CHANnel1:RANGe 4"}).status, 0);
   RunResult r = Run({"query", ":CHANnel1:RANGe?"});
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "8E+00\n");
+  EXPECT_EQ(r.out, "4E+00\n");
   r = Run({"query", "*IDN?"});
   EXPECT_EQ(r.out, std::string(SUPPORTED_IDN) + "\n");
   r = Run({"query", ":SYSTem:SETup?", "--block", "-o", "learn.bin"});

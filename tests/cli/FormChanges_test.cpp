@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "cli/FormMerge.h"
+#include "form/FormMerge.h"
 #include "tests/cli/CliRunner.h"
 
 namespace cvn73100 {
