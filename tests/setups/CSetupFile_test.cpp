@@ -122,7 +122,7 @@ TEST_F(CSetupFileTest, DamagedOrForeignFilesAreRefused) {
       EXPECT_EQ(error.Number(), 0);
       EXPECT_EQ(file.LearnString(), Bytes({'a', 'b'}));
     } else if (c.description == ERR_TYPE_MISMATCH || c.description < 0) {
-      EXPECT_EQ(error.Number(), c.description < 0 ? ERR_SETUP_FILE : ERR_TYPE_MISMATCH);
+      EXPECT_EQ(error.Number(), c.description < 0 ? std::int32_t{ERR_SETUP_FILE} : std::int32_t{ERR_TYPE_MISMATCH});
     } else {
       EXPECT_TRUE(IsCatalogueError(error, ERR_SETUP_FILE, 670, c.description)) << error.Number();
     }
