@@ -38,6 +38,17 @@ std::string Reply(const CliContext& context, const std::string& text) {
   return context.outIsTerminal ? ConsoleHost::ToTerminal(text) : text;
 }
 
+void NamingTheProperty(const std::string& option, const std::string& value, const std::string& allowed,
+                       const std::function<void()>& change) {
+  try {
+    change();
+  } catch (const ScopeError& error) {
+    if (error.Description().find(option) != std::string::npos) throw;
+    throw ScopeError(error.Number(), error.Source(),
+                     error.Description() + " (" + option + " " + value + ": allowed " + allowed + ")");
+  }
+}
+
 int ReportError(CliContext& context, const ScopeError& error) {
   if (context.json) {
     context.out << "{\"error\": {\"number\": " << error.Number() << ", \"source\": " << JsonString(error.Source())

@@ -50,9 +50,14 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context);
 void RegisterSetupCommands(CLI::App& app, CliContext& context);
 void RegisterConfigCommands(CLI::App& app, CliContext& context);
 void RegisterDemoCommand(CLI::App& app, CliContext& context);
+void RegisterDoctorCommand(CLI::App& app, CliContext& context);
 
 // An instrument's reply as `out` should carry it: raw into a pipe or file, made safe on a terminal.
 std::string Reply(const CliContext& context, const std::string& text);
+
+// Runs `change`; a property error it raises comes back naming the option, the value given and what is allowed.
+void NamingTheProperty(const std::string& option, const std::string& value, const std::string& allowed,
+                       const std::function<void()>& change);
 
 // Prints an error as number, source and description (or as JSON) and gives the exit status.
 int ReportError(CliContext& context, const ScopeError& error);

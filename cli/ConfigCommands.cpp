@@ -285,10 +285,18 @@ void RegisterSet(CLI::App& config, CliContext& context) {
   set->callback([&context, o, address, txDelay, reset, checkID, language, dtrOnly, initialSearch, warning] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
-    if (language->count()) control.SetCountryCode(o->language);
+    if (language->count()) {
+      NamingTheProperty("--language", std::to_string(o->language), "1, 33, 34, 39, 49, 81, 82 or 886",
+                        [&] { control.SetCountryCode(o->language); });
+    }
     if (dtrOnly->count()) control.SetDTROnly(SwitchValue(o->dtrOnly));
-    if (address->count()) control.SetAddress(o->address);
-    if (txDelay->count()) control.SetTXDelay(o->txDelay);
+    if (address->count()) {
+      NamingTheProperty("--address", o->address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+                        [&] { control.SetAddress(o->address); });
+    }
+    if (txDelay->count()) {
+      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), "0 ms or more", [&] { control.SetTXDelay(o->txDelay); });
+    }
     if (reset->count()) control.SetResetOnInitialize(SwitchValue(o->resetOnInitialize));
     if (checkID->count()) control.SetCheckIDOnInitialize(SwitchValue(o->checkIDOnInitialize));
     if (initialSearch->count()) control.SetInitialSearchMode(SwitchValue(o->initialSearch));
@@ -330,7 +338,10 @@ void RegisterSerial(CLI::App& config, CliContext& context) {
     if (handshake->count()) settings[SEARCH_CRITERIA::HANDSHAKE_INDEX] = Variant(HandshakeValue(o->handshake));
     if (o->include || o->exclude) list[CRITERIA_RS232_INCLUDED].AsArray()[slot] = Variant(o->include);
     // The configuration checks the settings of every port as it takes them.
-    control.SetSearchCriteria(criteria);
+    std::string given = baud->count() ? "--baud " + std::to_string(o->baud) : "";
+    if (handshake->count()) given += (given.empty() ? "--handshake " : " --handshake ") + o->handshake;
+    NamingTheProperty("COM" + std::to_string(o->port), given, "baud 1200, 2400, 9600, 19200, 38400 or 57600",
+                      [&] { control.SetSearchCriteria(criteria); });
     Saved(context, session);
   });
 }

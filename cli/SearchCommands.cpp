@@ -84,7 +84,8 @@ void RegisterTest(CLI::App& app, CliContext& context) {
     // A copy of the control's I/O configuration: the address's keywords set its port's line settings for
     // this test only.
     const auto configuration = control.IOConfigurationPropertyPage();
-    configuration->SetActiveAddressString(*address);
+    NamingTheProperty("ADDRESS", *address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+                      [&] { configuration->SetActiveAddressString(*address); });
     CQueryInstrument query;
     query.Initialize(control.TXDelay(), configuration, control.IOManager());
     context.host.SetQuiet(context.json);
@@ -192,7 +193,8 @@ void RegisterUse(CLI::App& app, CliContext& context) {
       address = chosen->fullAddress;
     } else {
       CIOconfiguration parsed;
-      parsed.SetActiveAddressString(*target);
+      NamingTheProperty("ADDRESS", *target, "a row of the last search, GPIB0..3::0..30::INSTR or COM1..4[::…]",
+                        [&] { parsed.SetActiveAddressString(*target); });
       address = parsed.ActivePortIsGPIB() ? parsed.ActiveAddressString() : parsed.ActiveIOPort();
       for (const auto& entry : table)
         if (entry.fullAddress == address) chosen = &entry;

@@ -83,8 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
     Cli, Failures,
     ::testing::Values(
         FailureCase{{"test", "GPIB9::1::INSTR"}, 1, "Error -2147221124: QD 73100 Scope Control: Invalid property value."},
-        FailureCase{{"config", "set", "--tx-delay", "-1"}, 1, "Error -2147221124"},
-        FailureCase{{"config", "serial", "COM2", "--baud", "4800"}, 1, "Error -2147221124"},
+        FailureCase{{"config", "set", "--tx-delay", "-1"}, 1, "Invalid property value. (--tx-delay -1: allowed 0 ms"},
+        FailureCase{{"config", "serial", "COM2", "--baud", "4800"}, 1, "(COM2 --baud 4800: allowed baud 1200, 2400"},
         FailureCase{{"use", "1"}, 1, "run `cvnscope search` first"},
         FailureCase{{"setup", "send", "Nope"}, 1, "no setup named \"Nope\""},
         FailureCase{{"setup", "get", "a|b"}, 1, "Names may not contain spaces"},
@@ -154,6 +154,12 @@ TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
                                "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
   ASSERT_EQ(std::system(complete.c_str()), 0);
   EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
+
+  env["CVN73100_COM2"] = (dir / "no-such-tty").string();
+  const RunResult doctor = Run({"doctor"});
+  EXPECT_EQ(doctor.status, 1);
+  EXPECT_TRUE(Contains(doctor.out, "PROBLEM  COM2: " + (dir / "no-such-tty").string() + ": No such file")) << doctor.out;
+  EXPECT_TRUE(Contains(doctor.out, "fix: connect the adapter")) << doctor.out;
 }
 
 TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
@@ -162,7 +168,8 @@ TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const json error = json::parse(r.out)["error"];
   EXPECT_EQ(error["number"], -2147221124);
   EXPECT_EQ(error["source"], "QD 73100 Scope Control");
-  EXPECT_EQ(error["description"], "Invalid property value.");
+  EXPECT_EQ(error["description"], "Invalid property value. (ADDRESS GPIB9::1::INSTR: allowed GPIB0..3::0..30::INSTR or "
+                                  "COM1..4[::Baud=…,Handshake=…])");
 }
 
 // --- the form across processes ---
