@@ -239,6 +239,28 @@ def main():
             f"{ours * 1e6:.0f} µs / {compare['pyvisa_query_s'] * 1e6:.0f} µs",
             f"{bdir}/bench/iolib/cvn73100_iolib_bench --benchmark_filter='^Query'")
 
+    # --- VXI-11. ---
+    network = results.get("cvn73100_network_bench")
+    if network:
+        print("bench/run: VXI-11 comparison", file=sys.stderr, flush=True)
+        cmd = (f"/usr/bin/python3 bench/vxi11_compare.py --sim {bdir}/simulator/cvn73100-sim "
+               f"--bench {bdir}/bench/network/cvn73100_network_bench")
+        run = subprocess.run(["/usr/bin/python3", os.path.join(args.source, "bench", "vxi11_compare.py"),
+                              "--sim", os.path.join(build, "simulator", "cvn73100-sim"),
+                              "--bench", os.path.join(build, "bench", "network", "cvn73100_network_bench")],
+                             capture_output=True, text=True)
+        if run.returncode == 0:  # needs a portmapper, or root to start rpcbind
+            vx = json.loads(run.stdout)
+            add("Network", "`*IDN?` on an open VXI-11 link to the simulator's gateway (portmapper lookup done): "
+                "ours / PyVISA-py's", vx["ours_over_pyvisa"], "<= 0.5",
+                f"{vx['ours_query_s'] * 1e6:.0f} µs / {vx['pyvisa_query_s'] * 1e6:.0f} µs", cmd)
+        e = network.pick(r"^Vxi11Block")
+        add("Network", f"Screen image as a {e['block_B'] / 2**20:.2f} MiB BMP block through VXI-11 on loopback (our "
+            "client, the simulator's gateway): bytes per second / a plain loopback TCP copy of the same size",
+            e["bytes_per_second"] / e["tcp_copy_bytes_per_second"], ">= 0.5",
+            f"{e['bytes_per_second'] / 1e6:.0f} MB/s / {e['tcp_copy_bytes_per_second'] / 1e6:.0f} MB/s",
+            f"{bdir}/bench/network/cvn73100_network_bench --benchmark_filter=Vxi11Block")
+
     # --- Line rate. ---
     if iolib:
         for baud in (9600, 57600):

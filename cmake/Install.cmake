@@ -1,5 +1,5 @@
 # What `cmake --install <build> --prefix P` puts in place:
-#   P/lib/libcvn73100_*.a                   the libraries that were built (core, io, server, sim, form, qt)
+#   P/lib/libcvn73100_*.a                   the libraries that were built (core, io, server, sim, form, qt, vxi11rpc)
 #   P/include/cvn73100/<folder>/*.h         the headers, included as "platform/Os.h" with -IP/include/cvn73100
 #   P/bin/                                  cvnscope, cvn73100-sim, cvnscope-gui (when built)
 #   P/share/cvn73100/*.po                   the message catalogue
@@ -15,8 +15,8 @@ set(CVN_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/Cvn73100)
 # Library targets under their exported names; those not built here (no Qt, say) are simply left out.
 set(_cvn_install_libraries)
 set(CVN_EXPORTED_COMPONENTS)
-foreach(_cvn_pair core=cvn73100_core sim=cvn73100_sim io=cvn73100_io server=cvn73100_server
-                  form=cvn73100_form qt=cvn73100_qt)
+foreach(_cvn_pair core=cvn73100_core vxi11rpc=cvn73100_vxi11rpc sim=cvn73100_sim io=cvn73100_io
+                  server=cvn73100_server form=cvn73100_form qt=cvn73100_qt)
   string(REPLACE "=" ";" _cvn_parts ${_cvn_pair})
   list(GET _cvn_parts 0 _cvn_name)
   list(GET _cvn_parts 1 _cvn_target)
@@ -77,7 +77,7 @@ install(FILES ${PROJECT_BINARY_DIR}/Cvn73100Config.cmake ${PROJECT_BINARY_DIR}/C
 if(TARGET cvn73100_server AND TARGET cvn73100_io)
   file(RELATIVE_PATH CVN_PC_PREFIX_FROM_PCFILEDIR /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   string(REGEX REPLACE "/$" "" CVN_PC_PREFIX_FROM_PCFILEDIR "${CVN_PC_PREFIX_FROM_PCFILEDIR}")
-  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_io -lcvn73100_sim -lcvn73100_core")
+  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_io -lcvn73100_sim -lcvn73100_vxi11rpc -lcvn73100_core")
   if(TARGET cvn73100_form)
     set(CVN_PC_LIBS "-lcvn73100_form ${CVN_PC_LIBS}")
   endif()

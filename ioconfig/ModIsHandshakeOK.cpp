@@ -7,6 +7,7 @@
 #include "dialogs/Messages.h"
 #include "discovery/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
+#include "platform/Components.h"
 
 namespace cvn73100 {
 namespace {
@@ -27,7 +28,8 @@ std::string JoinLines(std::initializer_list<std::string> lines) {
 
 }  // namespace
 
-MessageOptionRequest HandshakeWarningRequest(WindowHandle hwndParent, bool bOptionChecked, bool bContinueCancel) {
+MessageOptionRequest HandshakeWarningRequest(WindowHandle hwndParent, bool bOptionChecked, bool bContinueCancel,
+                                             bool bSettingsFixed) {
   MessageOptionRequest request;
   request.parent = hwndParent;
   request.optionChecked = bOptionChecked;
@@ -46,6 +48,7 @@ MessageOptionRequest HandshakeWarningRequest(WindowHandle hwndParent, bool bOpti
     request.option = Messages::Load(714);
     request.title = Messages::Load(104);
   }
+  if (bSettingsFixed) request.message = Messages::Load(724);
   return request;
 }
 
@@ -70,15 +73,17 @@ bool IsHandshakeOK(const std::string& strAddress, const std::string& strIDN, Win
 
   const std::int32_t lHandshake = ioconfiguration.ActivePortHandshake();
   const std::int16_t iCompatibility = CQueryInstrument::IsValidInstrument(strIDN);
+  const bool bSettingsFixed = Components::HasIOManager() && Components::CreateIOManager()->SerialSettingsFixed(
+                                                                strCanonical.substr(0, strCanonical.find("::")));
   const bool bWarn = iCompatibility == IDNSupported && strCanonical != strLastIOHandshakeAddress &&
-                     lHandshake != RS232_HandShake_DTR_DSR;
+                     (lHandshake != RS232_HandShake_DTR_DSR || bSettingsFixed);
   if (!bWarn) {
     strLastIOHandshakeAddress = strCanonical;
     return true;
   }
 
-  const MessageOptionResult result =
-      Host::Current().ShowMessageOption(HandshakeWarningRequest(hwndParent, bOptionChecked, bContinueCancel));
+  const MessageOptionResult result = Host::Current().ShowMessageOption(
+      HandshakeWarningRequest(hwndParent, bOptionChecked, bContinueCancel, bSettingsFixed));
   bWarningShown = true;
   if (result.optionChecked) bDontShowIOHandshakeWarning = true;
   strLastIOHandshakeAddress = strCanonical;

@@ -6,7 +6,8 @@
 namespace cvn73100 {
 
 // Warns the user, once per address, when an instrument that needs DTR/DSR handshaking is reached
-// over a serial port set to XON/XOFF. Decides from the address and the instrument's "*IDN?" reply;
+// over a serial port set to XON/XOFF, or over a port whose settings cannot be set from here (a raw
+// socket to a serial device server, as the I/O library reports). Decides from the address and the instrument's "*IDN?" reply;
 // never talks to the instrument. Returns true when no warning was needed; after a warning, whether
 // the user ticked "Do not show this message again".
 //
@@ -24,7 +25,9 @@ bool IsHandshakeOK(const std::string& strAddress, const std::string& strIDN, Win
                    bool& bDontShowIOHandshakeWarning, std::string& strLastIOHandshakeAddress, bool& bWarningShown,
                    bool bOptionChecked, bool bContinueCancel, MessageOptionResult* dialogResult = nullptr);
 
-// The warning's text, option and title in the current language.
-MessageOptionRequest HandshakeWarningRequest(WindowHandle hwndParent, bool bOptionChecked, bool bContinueCancel);
+// The warning's text, option and title in the current language; `bSettingsFixed`: the text for a port whose
+// settings cannot be set from here.
+MessageOptionRequest HandshakeWarningRequest(WindowHandle hwndParent, bool bOptionChecked, bool bContinueCancel,
+                                             bool bSettingsFixed = false);
 
 }  // namespace cvn73100

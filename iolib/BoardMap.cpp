@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <sstream>
 
 #include "platform/RegularFile.h"
@@ -49,6 +50,55 @@ int PortNumber(const std::string& key, const std::string& prefix, int first, int
   if (key.size() != prefix.size() + 1 || key.compare(0, prefix.size(), prefix) != 0) return -1;
   const int n = key.back() - '0';
   return n >= first && n <= last ? n : -1;
+}
+
+// Splits "HOST", "HOST:PORT", "[IPv6]" or "[IPv6]:PORT" (a bare IPv6 address has no port); `port` is left alone
+// when none is given. Returns false with `error` set when the text does not parse.
+bool ParseHostPort(const std::string& address, const std::string& value, std::string& host, int& port,
+                   bool portRequired, std::string& error) {
+  std::string portText;
+  bool portGiven = false;
+  if (!address.empty() && address[0] == '[') {
+    const auto close = address.find(']');
+    if (close == std::string::npos) {
+      error = "unclosed [ in \"" + value + "\"";
+      return false;
+    }
+    host = address.substr(1, close - 1);
+    if (close + 1 < address.size()) {
+      if (address[close + 1] != ':') {
+        error = "expected :PORT after ] in \"" + value + "\"";
+        return false;
+      }
+      portText = address.substr(close + 2);
+      portGiven = true;
+    }
+  } else if (std::count(address.begin(), address.end(), ':') == 1) {
+    const auto colon = address.find(':');
+    host = address.substr(0, colon);
+    portText = address.substr(colon + 1);
+    portGiven = true;
+  } else {
+    host = address;  // a host name, an IPv4 address or a bare IPv6 address
+  }
+  if (host.empty()) {
+    error = "a host is needed in \"" + value + "\"";
+    return false;
+  }
+  if (portGiven || portRequired) {
+    const auto number = Number(portText, 1, 65535);
+    if (!number) {
+      error = "TCP port must be 1..65535 in \"" + value + "\"";
+      return false;
+    }
+    port = *number;
+  }
+  return true;
+}
+
+std::string HostPort(const std::string& host, int port) {
+  const bool v6 = host.find(':') != std::string::npos;
+  return (v6 ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
 
 // A FIFO, device or folder in the file's place is refused without waiting: reported as a problem.
@@ -170,6 +220,16 @@ bool BoardMap::ApplySetting(const std::string& rawKey, const std::string& value,
       m_gpib[board - kFirstGpib] = *target;
       return true;
     }
+  } else if (const auto dot = key.find('.');
+             dot != std::string::npos && PortNumber(key.substr(0, dot), "GPIB", kFirstGpib, kLastGpib) >= 0) {
+    const auto address = Number(key.substr(dot + 1), 0, 30);
+    if (!address) {
+      error = "GPIB address must be 0..30 in \"" + rawKey + "\"";
+    } else if (auto target = ParseStandInValue(value, error)) {
+      target->origin = origin;
+      m_standIns[{PortNumber(key.substr(0, dot), "GPIB", kFirstGpib, kLastGpib), *address}] = *target;
+      return true;
+    }
   } else if (key == "LIBGPIB") {
     if (!value.empty()) {
       m_libGpib = value;
@@ -178,7 +238,7 @@ bool BoardMap::ApplySetting(const std::string& rawKey, const std::string& value,
     }
     error = "expected a library path";
   } else {
-    error = "unknown key \"" + rawKey + "\" (COM1..COM4, GPIB0..GPIB3, LIBGPIB)";
+    error = "unknown key \"" + rawKey + "\" (COM1..COM4, GPIB0..GPIB3, GPIBn.ADDR, LIBGPIB)";
   }
   m_problems.push_back(origin + ": " + error);
   return false;
@@ -190,7 +250,14 @@ std::optional<BoardMap::ComTarget> BoardMap::ParseComValue(const std::string& ra
   if (lower == "sim") return ComTarget{ComKind::Simulated, {}, {}};
   if (lower == "none") return ComTarget{ComKind::None, {}, {}};
   if (!value.empty() && value[0] == '/') return ComTarget{ComKind::Node, value, {}};
-  error = "\"" + value + "\" is not an absolute device node, sim or none";
+  for (const auto& [prefix, kind] : {std::pair{"rfc2217:", ComKind::Rfc2217}, std::pair{"tcp:", ComKind::RawTcp}}) {
+    if (!StartsWithNoCase(value, prefix)) continue;
+    ComTarget target{kind, {}, {}};
+    if (!ParseHostPort(Trim(value.substr(std::strlen(prefix))), value, target.host, target.port, true, error))
+      return std::nullopt;
+    return target;
+  }
+  error = "\"" + value + "\" is not an absolute device node, rfc2217:HOST:PORT, tcp:HOST:PORT, sim or none";
   return std::nullopt;
 }
 
@@ -229,49 +296,59 @@ std::optional<BoardMap::GpibTarget> BoardMap::ParseGpibValue(const std::string& 
     return target;
   }
   if (StartsWithNoCase(value, "prologix-tcp:")) {
-    const std::string address = Trim(value.substr(13));
-    std::string portText;
-    bool portGiven = false;
-    if (!address.empty() && address[0] == '[') {  // [IPv6]:port
-      const auto close = address.find(']');
-      if (close == std::string::npos) {
-        error = "unclosed [ in \"" + value + "\"";
-        return std::nullopt;
-      }
-      target.host = address.substr(1, close - 1);
-      if (close + 1 < address.size()) {
-        if (address[close + 1] != ':') {
-          error = "expected :PORT after ] in \"" + value + "\"";
-          return std::nullopt;
-        }
-        portText = address.substr(close + 2);
-        portGiven = true;
-      }
-    } else if (std::count(address.begin(), address.end(), ':') == 1) {
-      const auto colon = address.find(':');
-      target.host = address.substr(0, colon);
-      portText = address.substr(colon + 1);
-      portGiven = true;
-    } else {
-      target.host = address;  // a host name, an IPv4 address or a bare IPv6 address
-    }
-    if (target.host.empty()) {
-      error = "prologix-tcp needs a host in \"" + value + "\"";
-      return std::nullopt;
-    }
-    if (portGiven) {
-      const auto port = Number(portText, 1, 65535);
-      if (!port) {
-        error = "TCP port must be 1..65535 in \"" + value + "\"";
-        return std::nullopt;
-      }
-      target.port = *port;
-    }
+    if (!ParseHostPort(Trim(value.substr(13)), value, target.host, target.port, false, error)) return std::nullopt;
     target.kind = GpibKind::PrologixTcp;
     return target;
   }
-  error = "\"" + value + "\" is not linux-gpib[:N], prologix-serial:NODE, prologix-tcp:HOST[:PORT], sim or none";
+  if (StartsWithNoCase(value, "vxi11:")) {
+    std::string address = Trim(value.substr(6));
+    target.interfaceName = "gpib0";
+    if (const auto slash = address.find('/'); slash != std::string::npos) {
+      target.interfaceName = Lower(Trim(address.substr(slash + 1)));
+      address = Trim(address.substr(0, slash));
+    }
+    target.port = 0;
+    if (!ParseHostPort(address, value, target.host, target.port, false, error)) return std::nullopt;
+    if (target.interfaceName.empty() || target.interfaceName.find_first_of(" ,\t") != std::string::npos) {
+      error = "expected an interface name such as gpib0 after / in \"" + value + "\"";
+      return std::nullopt;
+    }
+    target.kind = GpibKind::Vxi11;
+    return target;
+  }
+  error =
+      "\"" + value +
+      "\" is not linux-gpib[:N], prologix-serial:NODE, prologix-tcp:HOST[:PORT], vxi11:HOST[:PORT][/INTERFACE], sim "
+      "or none";
   return std::nullopt;
+}
+
+std::optional<BoardMap::GpibTarget> BoardMap::ParseStandInValue(const std::string& rawValue, std::string& error) {
+  const std::string value = Trim(rawValue);
+  GpibTarget target;
+  if (StartsWithNoCase(value, "socket:")) {
+    if (!ParseHostPort(Trim(value.substr(7)), value, target.host, target.port, true, error)) return std::nullopt;
+    target.kind = GpibKind::Socket;
+    return target;
+  }
+  const auto slash = value.find('/');
+  if (StartsWithNoCase(value, "vxi11:") && slash != std::string::npos) {
+    target.interfaceName = Trim(value.substr(slash + 1));  // the whole device name: "inst0", "gpib0,5"
+    target.port = 0;
+    if (!ParseHostPort(Trim(value.substr(6, slash - 6)), value, target.host, target.port, false, error))
+      return std::nullopt;
+    if (!target.interfaceName.empty()) {
+      target.kind = GpibKind::Vxi11;
+      return target;
+    }
+  }
+  error = "\"" + value + "\" is not vxi11:HOST[:PORT]/DEVICE or socket:HOST:PORT";
+  return std::nullopt;
+}
+
+const BoardMap::GpibTarget* BoardMap::StandIn(int board, int address) const {
+  const auto found = m_standIns.find({board, address});
+  return found == m_standIns.end() ? nullptr : &found->second;
 }
 
 const BoardMap::ComTarget& BoardMap::Com(int port) const {
@@ -295,6 +372,10 @@ std::string BoardMap::DescribeCom(const ComTarget& target) {
       return target.node;
     case ComKind::Simulated:
       return "simulated RS-232 instrument";
+    case ComKind::Rfc2217:
+      return "serial device server (RFC 2217) at " + HostPort(target.host, target.port);
+    case ComKind::RawTcp:
+      return "serial device server (raw TCP) at " + HostPort(target.host, target.port);
     case ComKind::None:
       break;
   }
@@ -307,11 +388,13 @@ std::string BoardMap::DescribeGpib(const GpibTarget& target) {
       return "linux-gpib board " + std::to_string(target.board);
     case GpibKind::PrologixSerial:
       return "Prologix-style adapter on " + target.node;
-    case GpibKind::PrologixTcp: {
-      const bool v6 = target.host.find(':') != std::string::npos;
-      return "Prologix-style adapter at " + (v6 ? "[" + target.host + "]" : target.host) + ":" +
-             std::to_string(target.port);
-    }
+    case GpibKind::PrologixTcp:
+      return "Prologix-style adapter at " + HostPort(target.host, target.port);
+    case GpibKind::Vxi11:
+      return "VXI-11 device " + (target.port > 0 ? HostPort(target.host, target.port) : target.host) + ", " +
+             target.interfaceName;
+    case GpibKind::Socket:
+      return "SCPI socket " + HostPort(target.host, target.port);
     case GpibKind::Simulated:
       return "simulated bus";
     case GpibKind::None:
@@ -339,6 +422,8 @@ std::string BoardMap::Describe() const {
     row("COM" + std::to_string(port), DescribeCom(Com(port)), Com(port).origin);
   for (int board = kFirstGpib; board <= kLastGpib; ++board)
     row("GPIB" + std::to_string(board), DescribeGpib(Gpib(board)), Gpib(board).origin);
+  for (const auto& [where, target] : m_standIns)
+    row("GPIB" + std::to_string(where.first) + "." + std::to_string(where.second), DescribeGpib(target), target.origin);
   row("libgpib", m_libGpib, m_libGpibOrigin);
   if (UsingEmbeddedDefault()) out << "The simulated instrument answers on GPIB0 (no hardware configured).\n";
   for (const auto& problem : m_problems) out << "Problem: " << problem << "\n";

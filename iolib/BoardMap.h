@@ -1,6 +1,7 @@
 #pragma once
 #include <array>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,8 +17,15 @@ namespace cvn73100::io {
 //   When it exists it replaces the embedded default: ports it does not name are COMn -> /dev/ttyS(n-1) and
 //   GPIBn -> not mapped. Lines are `KEY = VALUE`; '#' or ';' starts a comment line; [sections] are ignored.
 //   Keys (any case): COM1..COM4, GPIB0..GPIB3, LIBGPIB.
-//     COMn  = /absolute/device/node | sim | none
-//     GPIBn = linux-gpib[:BOARD] | prologix-serial:/absolute/node | prologix-tcp:HOST[:PORT] | sim | none
+//     COMn  = /absolute/device/node | rfc2217:HOST:PORT | tcp:HOST:PORT | sim | none
+//     GPIBn = linux-gpib[:BOARD] | prologix-serial:/absolute/node | prologix-tcp:HOST[:PORT]
+//             | vxi11:HOST[:PORT][/INTERFACE] | sim | none
+//   rfc2217 is a serial device server with the Telnet com-port option (line settings set from here); tcp is a raw
+//   socket to one (settings fixed at the server). vxi11 is a LAN/GPIB gateway: INTERFACE defaults to gpib0, the
+//   core channel's PORT to the one the host's portmapper gives. HOST may be [IPv6].
+//     GPIBn.ADDR = vxi11:HOST[:PORT]/DEVICE | socket:HOST:PORT
+//   An instrument with a LAN port of its own stands in for address ADDR (0..30) of board n, whatever the board
+//   is: its VXI-11 device (DEVICE such as inst0) or its raw SCPI socket (such as port 5025).
 //     LIBGPIB = path of the linux-gpib library to load (default libgpib.so.0)
 // - Environment: CVN73100_COM1..4 and CVN73100_GPIB0..3 take a value as above; CVN73100_LIBGPIB a library path.
 // A line or variable that does not parse is skipped and reported in Problems().
@@ -30,25 +38,30 @@ class BoardMap {
   static constexpr int kPrologixTcpPort = 1234;
   static constexpr const char* kDefaultLibGpib = "libgpib.so.0";
 
-  enum class ComKind { None, Node, Simulated };
+  enum class ComKind { None, Node, Simulated, Rfc2217, RawTcp };
   struct ComTarget {
     ComKind kind = ComKind::None;
     std::string node;    // device node for Node
     std::string origin;  // where the entry came from: "default", "file:LINE", "env"
-    bool operator==(const ComTarget& other) const { return kind == other.kind && node == other.node; }
+    std::string host{};  // serial device server for Rfc2217 and RawTcp
+    int port = 0;
+    bool operator==(const ComTarget& other) const {
+      return kind == other.kind && node == other.node && host == other.host && port == other.port;
+    }
   };
 
-  enum class GpibKind { None, LinuxGpib, PrologixSerial, PrologixTcp, Simulated };
+  enum class GpibKind { None, LinuxGpib, PrologixSerial, PrologixTcp, Simulated, Vxi11, Socket };
   struct GpibTarget {
     GpibKind kind = GpibKind::None;
-    int board = 0;     // linux-gpib board index (0..15)
-    std::string node;  // serial node of a Prologix adapter on USB
-    std::string host;  // TCP host of a Prologix adapter on Ethernet
-    int port = kPrologixTcpPort;
+    int board = 0;                // linux-gpib board index (0..15)
+    std::string node;             // serial node of a Prologix adapter on USB
+    std::string host;             // TCP host of a Prologix adapter on Ethernet or of a VXI-11 gateway
+    int port = kPrologixTcpPort;  // for a VXI-11 gateway 0: ask its portmapper
+    std::string interfaceName;    // a VXI-11 gateway's GPIB interface ("gpib0"), or a LAN instrument's device
     std::string origin;
     bool operator==(const GpibTarget& other) const {
       return kind == other.kind && board == other.board && node == other.node && host == other.host &&
-             port == other.port;
+             port == other.port && interfaceName == other.interfaceName;
     }
   };
 
@@ -68,11 +81,16 @@ class BoardMap {
   // Parses one value; nullopt (and `error` set) when it does not parse. `index` is the port's own number.
   static std::optional<ComTarget> ParseComValue(const std::string& value, std::string& error);
   static std::optional<GpibTarget> ParseGpibValue(const std::string& value, int index, std::string& error);
+  // A LAN instrument for GPIBn.ADDR: vxi11:HOST[:PORT]/DEVICE or socket:HOST:PORT.
+  static std::optional<GpibTarget> ParseStandInValue(const std::string& value, std::string& error);
   static std::string DescribeCom(const ComTarget& target);
   static std::string DescribeGpib(const GpibTarget& target);
 
   const ComTarget& Com(int port) const;     // port 1..4
   const GpibTarget& Gpib(int board) const;  // board 0..3
+  // The LAN instrument standing in for an address of a board (Vxi11 or Socket), or nullptr.
+  const GpibTarget* StandIn(int board, int address) const;
+  const std::map<std::pair<int, int>, GpibTarget>& StandIns() const { return m_standIns; }
   void SetCom(int port, ComTarget target);
   void SetGpib(int board, GpibTarget target);
   const std::string& LibGpibPath() const { return m_libGpib; }
@@ -93,6 +111,7 @@ class BoardMap {
 
   std::array<ComTarget, 4> m_com;
   std::array<GpibTarget, 4> m_gpib;
+  std::map<std::pair<int, int>, GpibTarget> m_standIns;  // (board, address) -> LAN instrument
   std::string m_libGpib = kDefaultLibGpib;
   std::string m_libGpibOrigin = "default";
   std::string m_configPath;

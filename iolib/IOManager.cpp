@@ -1,5 +1,6 @@
 #include "iolib/IOManager.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <sstream>
 
@@ -8,10 +9,15 @@
 #include "iolib/PrologixConnection.h"
 #include "iolib/PrologixIO.h"
 #include "iolib/ResourceAddress.h"
+#include "iolib/Rfc2217Line.h"
 #include "iolib/SerialIO.h"
 #include "iolib/SimBusIO.h"
 #include "iolib/SimSerialLine.h"
 #include "iolib/SimulatedBus.h"
+#include "iolib/SocketIO.h"
+#include "iolib/TcpSerialLine.h"
+#include "iolib/Vxi11IO.h"
+#include "iolib/Vxi11Link.h"
 #include "simulator/Instrument.h"
 
 namespace cvn73100::io {
@@ -21,6 +27,8 @@ using GpibKind = BoardMap::GpibKind;
 using ComKind = BoardMap::ComKind;
 constexpr std::size_t ComIndex(int port) { return static_cast<std::size_t>(port - BoardMap::kFirstCom); }
 constexpr std::size_t GpibIndex(int board) { return static_cast<std::size_t>(board - BoardMap::kFirstGpib); }
+// How long a VXI-11 gateway may take to be reached and to make a link.
+constexpr std::chrono::milliseconds kVxi11OpenWait{3000};
 
 // Whether a pattern can list anything of the port `portName`.
 bool MayMatchPort(const std::string& pattern, const std::string& portName) {
@@ -70,7 +78,14 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
   for (int port = BoardMap::kFirstCom; port <= BoardMap::kLastCom; ++port)
     if (MayMatchPort(pattern, "COM" + std::to_string(port))) ListSerial(port, candidates);
   for (int board = BoardMap::kFirstGpib; board <= BoardMap::kLastGpib; ++board)
-    if (MayMatchPort(pattern, "GPIB" + std::to_string(board))) ListGpib(board, candidates);
+    if (MayMatchPort(pattern, "GPIB" + std::to_string(board))) {
+      ListGpib(board, candidates);
+      for (const auto& [where, lan] : m_map.StandIns()) {  // listed unprobed, as a network COM port is
+        const std::string name = ResourceAddress::GpibInstrument(board, where.second).Name();
+        if (where.first == board && std::find(candidates.begin(), candidates.end(), name) == candidates.end())
+          candidates.push_back(name);
+      }
+    }
   std::vector<std::string> names;
   for (auto& name : candidates)
     if (ResourceAddress::Matches(pattern, name)) names.push_back(std::move(name));
@@ -79,8 +94,9 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
 
 void IOManager::ListSerial(int port, std::vector<std::string>& names) const {
   const auto& target = m_map.Com(port);
-  const bool present =
-      target.kind == ComKind::Simulated || (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
+  const bool present = target.kind == ComKind::Simulated || target.kind == ComKind::Rfc2217 ||
+                       target.kind == ComKind::RawTcp ||
+                       (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
   if (present) names.push_back(ResourceAddress::Serial(port).Name());
 }
 
@@ -88,6 +104,7 @@ void IOManager::ListGpib(int board, std::vector<std::string>& names) {
   const auto& target = m_map.Gpib(board);
   const std::string intfc = ResourceAddress::GpibInterface(board).Name();
   switch (target.kind) {
+    case GpibKind::Socket:
     case GpibKind::None:
       return;
     case GpibKind::Simulated:
@@ -103,6 +120,9 @@ void IOManager::ListGpib(int board, std::vector<std::string>& names) {
       } catch (const ScopeError&) {
         // No adapter there: the board is not listed.
       }
+      return;
+    case GpibKind::Vxi11:
+      ListVxi11(board, names);
       return;
     case GpibKind::LinuxGpib: {
       std::shared_ptr<LinuxGpibLibrary> library;
@@ -145,6 +165,12 @@ std::shared_ptr<IInstrumentIO> IOManager::Open(const std::string& address) {
   throw IOError(IOERR_OPEN_FAILED, resource->Name() + " is an interface, not an instrument");
 }
 
+bool IOManager::SerialSettingsFixed(const std::string& portName) const {
+  const auto resource = ResourceAddress::Parse(portName);
+  return resource && resource->GetKind() == ResourceAddress::Kind::Serial &&
+         m_map.Com(resource->Port()).kind == ComKind::RawTcp;
+}
+
 std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string& name) {
   const auto& target = m_map.Com(port);
   switch (target.kind) {
@@ -152,6 +178,10 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string
       return std::make_shared<SerialIO>(name, SerialLine::OpenNode(target.node));
     case ComKind::Simulated:
       return std::make_shared<SerialIO>(name, std::make_unique<SimSerialLine>(SimulatedSerialInstrument(port)));
+    case ComKind::Rfc2217:
+      return std::make_shared<SerialIO>(name, std::make_unique<Rfc2217Line>(target.host, target.port));
+    case ComKind::RawTcp:
+      return std::make_shared<SerialIO>(name, std::make_unique<TcpSerialLine>(target.host, target.port));
     case ComKind::None:
       break;
   }
@@ -159,6 +189,12 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string
 }
 
 std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const std::string& name) {
+  if (const BoardMap::GpibTarget* lan = m_map.StandIn(board, address)) {
+    if (lan->kind == GpibKind::Socket) return std::make_shared<SocketIO>(name, lan->host, lan->port);
+    return std::make_shared<Vxi11IO>(name, [target = *lan] {
+      return std::make_unique<Vxi11Link>(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
+    });
+  }
   const auto& target = m_map.Gpib(board);
   switch (target.kind) {
     case GpibKind::Simulated:
@@ -168,10 +204,36 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const
     case GpibKind::PrologixSerial:
     case GpibKind::PrologixTcp:
       return std::make_shared<PrologixIO>(name, Adapter(board, false), address);
+    case GpibKind::Vxi11:
+      return std::make_shared<Vxi11IO>(name, [target, address] {
+        return std::make_unique<Vxi11Link>(
+            target.host, target.port, target.interfaceName + "," + std::to_string(address), Deadline(kVxi11OpenWait));
+      });
+    case GpibKind::Socket:
     case GpibKind::None:
       break;
   }
   throw IOError(IOERR_OPEN_FAILED, "GPIB" + std::to_string(board) + " is not mapped to a board");
+}
+
+void IOManager::ListVxi11(int board, std::vector<std::string>& names) const {
+  const auto& target = m_map.Gpib(board);
+  // The gateway says which addresses it can reach: one link per address, made and dropped again at once.
+  try {
+    Vxi11Link(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
+  } catch (const ScopeError&) {
+    return;  // no gateway there, or no such interface
+  }
+  names.push_back(ResourceAddress::GpibInterface(board).Name());
+  for (int address = 0; address <= ResourceAddress::kMaxGpibAddress; ++address) {
+    try {
+      Vxi11Link(target.host, target.port, target.interfaceName + "," + std::to_string(address),
+                Deadline(kVxi11OpenWait));
+      names.push_back(ResourceAddress::GpibInstrument(board, address).Name());
+    } catch (const ScopeError&) {
+      // nothing at this address
+    }
+  }
 }
 
 std::shared_ptr<PrologixConnection> IOManager::Adapter(int board, bool check) {

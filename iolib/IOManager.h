@@ -20,15 +20,19 @@ class SimulatedBus;
 //
 // Listing (FindResources):
 // - COMn lists as "COMn" when its device node exists and opens as a terminal (opened and closed again at once),
-//   or when it is mapped to the simulated RS-232 instrument.
+//   or when it is mapped to a serial device server or the simulated RS-232 instrument. A server is not probed:
+//   it would open and close the device for the probe, and servers refuse a new connection while a device closes.
 // - A GPIB board lists "GPIBn::INTFC" when it is there, then "GPIBn::ADDR::INSTR" for each address with a listener:
 //   the simulated bus lists its instruments; linux-gpib lists the board when ibask answers for it and the addresses
-//   FindLstn finds (all but the board's own); a Prologix-style adapter lists only its interface, once it answers
+//   FindLstn finds (all but the board's own); a VXI-11 gateway lists the board when it accepts a link to its
+//   interface and each address it accepts a link to; a Prologix-style adapter lists only its interface, once it answers
 //   ++ver, because the adapter has no reliable way to tell an empty address from a silent device (the search
 //   probes each address with *IDN? anyway). The link to such an adapter, once made, stays open while the manager
 //   lives (and is made again when the adapter vanished).
-// Opening (Open): "COMn" (keywords after "::" are ignored) and "GPIBn::ADDR::INSTR". No GPIB backend checks for a
-// device at open; writing to an empty address tells (IOERR_NO_LISTENER where the bus can tell).
+// - A LAN instrument standing in for GPIBn.ADDR is listed as that address (not probed), after the board's own.
+// Opening (Open): "COMn" (keywords after "::" are ignored) and "GPIBn::ADDR::INSTR" (a stand-in wins over the
+// board). No GPIB backend checks for a device at open; writing to an empty address tells (IOERR_NO_LISTENER where
+// the bus can tell, at once on a VXI-11 gateway, which refuses the link).
 // Raises IOERR_OPEN_FAILED for a name it does not know, a port that is not mapped, or a device that cannot be opened.
 // A manager serves one thread at a time; the objects it opens may be used on other threads, one thread per object.
 class IOManager : public IIOManager {
@@ -40,6 +44,7 @@ class IOManager : public IIOManager {
 
   std::vector<std::string> FindResources(const std::string& pattern) override;
   std::shared_ptr<IInstrumentIO> Open(const std::string& address) override;
+  bool SerialSettingsFixed(const std::string& portName) const override;
 
   const BoardMap& Map() const { return m_map; }
   // True when no config file was found and GPIB0 is the embedded simulated bus.
@@ -61,6 +66,7 @@ class IOManager : public IIOManager {
  private:
   void ListSerial(int port, std::vector<std::string>& names) const;
   void ListGpib(int board, std::vector<std::string>& names);
+  void ListVxi11(int board, std::vector<std::string>& names) const;
   std::shared_ptr<IInstrumentIO> OpenSerial(int port, const std::string& name);
   std::shared_ptr<IInstrumentIO> OpenGpib(int board, int address, const std::string& name);
   // The link to the adapter behind `board`, made when there is none or it failed; with `check`, a kept link must

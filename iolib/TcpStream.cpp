@@ -70,6 +70,12 @@ void TcpStream::Close() noexcept {
   m_fd = -1;
 }
 
+int TcpStream::Release() {
+  const int fd = m_fd;
+  m_fd = -1;
+  return fd;
+}
+
 void TcpStream::Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) {
   std::size_t done = 0;
   while (done < size) {

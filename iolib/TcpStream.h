@@ -19,6 +19,8 @@ class TcpStream : public ByteStream {
   std::size_t Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) override;
   void DropInput() override;
   void Close() noexcept override;
+  // Hands the connected socket (non-blocking) over to the caller, who then owns it; the stream is closed.
+  int Release();
 
  private:
   std::string m_name;

@@ -99,6 +99,9 @@ class IIOManager {
   // Opens an address: "GPIB0::7::INSTR" or a COM port name (keywords after "::" are not the manager's).
   // Raises IOERR_OPEN_FAILED when the resource does not exist.
   virtual std::shared_ptr<IInstrumentIO> Open(const std::string& address) = 0;
+  // Whether the line settings of COM port `portName` ("COM3") are fixed at the other end of the line (a raw
+  // socket to a serial device server), so that setting them has no effect.
+  virtual bool SerialSettingsFixed(const std::string& /*portName*/) const { return false; }
 };
 
 // Whatever exposes the I/O library's manager (the control, or the connection).

@@ -171,6 +171,8 @@ ProgramOptions ProgramOptions::Parse(const std::vector<std::string>& args) {
       options.tcpPort = LoopbackPort(value, name);
     } else if (name == "prologix-tcp") {
       options.prologixTcpPort = LoopbackPort(value, name);
+    } else if (name == "vxi11") {
+      options.vxi11Port = value.find(':') == std::string::npos ? LoopbackPort(value + ":0", name) : LoopbackPort(value, name);
     } else {
       throw std::invalid_argument("unknown option --" + name);
     }
@@ -183,8 +185,8 @@ ProgramOptions ProgramOptions::Parse(const std::vector<std::string>& args) {
       throw std::invalid_argument("two instruments at GPIB address " + std::to_string(c.gpibAddress));
     }
   }
-  if (!options.pty && !options.tcpPort && !options.prologixTcpPort && !options.prologixPty) {
-    throw std::invalid_argument("nothing to serve: give --pty, --tcp, --prologix-tcp or --prologix-pty");
+  if (!options.pty && !options.tcpPort && !options.prologixTcpPort && !options.prologixPty && !options.vxi11Port) {
+    throw std::invalid_argument("nothing to serve: give --pty, --tcp, --prologix-tcp, --prologix-pty or --vxi11");
   }
   return options;
 }
@@ -202,6 +204,9 @@ Serve:
   --prologix-tcp 127.0.0.1:PORT
                             a Prologix-style GPIB-ETHERNET adapter with every instrument behind it
   --prologix-pty            a Prologix-style GPIB-USB adapter on a pseudo-terminal
+  --vxi11 127.0.0.1[:PORT]  a VXI-11 LAN/GPIB gateway (interface gpib0) with every instrument at its GPIB address,
+                            registered with the host's portmapper (rpcbind) when one runs; PORT: its core
+                            channel's port (default: any free port)
   --config FILE             read options from FILE: "key = value" lines with the option names as keys,
                             flags as "key = true", and "[instrument]" to start another instrument
 

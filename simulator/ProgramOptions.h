@@ -17,6 +17,7 @@ struct ProgramOptions {
   std::optional<std::uint16_t> tcpPort;          // raw SCPI sockets from this port on (0: any free ports)
   std::optional<std::uint16_t> prologixTcpPort;  // a GPIB-ETHERNET adapter with every instrument behind it
   bool prologixPty = false;                      // a GPIB-USB adapter on a pseudo-terminal
+  std::optional<std::uint16_t> vxi11Port;        // a VXI-11 LAN/GPIB gateway on this port (0: any free port)
   bool help = false;
 
   // Parses the arguments after the program name. Instrument options apply to the latest --instrument (the

@@ -2,6 +2,7 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <array>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -15,6 +16,7 @@
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
 #include "simulator/TcpServer.h"
+#include "simulator/Vxi11Gateway.h"
 
 using namespace cvn73100::sim;
 
@@ -56,6 +58,7 @@ int main(int argc, char** argv) {
   std::vector<std::unique_ptr<ByteDevice>> devices;
   std::vector<std::unique_ptr<PtyServer>> ptys;
   std::vector<std::unique_ptr<TcpServer>> sockets;
+  std::unique_ptr<Vxi11Gateway> gateway;
   auto makeInstrument = [&](const InstrumentConfig& config) -> Instrument& {
     instruments.push_back(std::make_unique<Instrument>(config));
     return *instruments.back();
@@ -100,6 +103,19 @@ int main(int argc, char** argv) {
     if (options.prologixTcpPort || options.prologixPty) {
       for (const InstrumentConfig& config : options.instruments)
         std::cerr << "  behind the adapter: " << Describe(config) << "\n";
+    }
+    if (options.vxi11Port) {
+      std::array<Instrument*, 31> behind{};
+      for (const InstrumentConfig& config : options.instruments)
+        behind[static_cast<std::size_t>(config.gpibAddress)] = &makeInstrument(config);
+      gateway = std::make_unique<Vxi11Gateway>(behind, *options.vxi11Port, true);
+      std::cout << "127.0.0.1:" << gateway->Port() << std::endl;
+      std::cerr << "vxi11 127.0.0.1:" << gateway->Port() << ": VXI-11 gateway, interface "
+                << Vxi11Gateway::kInterfaceName
+                << (gateway->Registered() ? ", registered with the portmapper\n"
+                                          : ", NOT registered (no portmapper): give clients the port\n");
+      for (const InstrumentConfig& config : options.instruments)
+        std::cerr << "  behind the gateway: " << Describe(config) << "\n";
     }
   } catch (const std::system_error& e) {
     std::cerr << "cvn73100-sim: " << e.what() << "\n";

@@ -8,6 +8,7 @@
 #include "dialogs/FrmMessageOption.h"
 #include "dialogs/Messages.h"
 #include "discovery/CQueryInstrument.h"
+#include "platform/Components.h"
 #include "platform/ScopeError.h"
 #include "tests/support/ScriptedHost.h"
 
@@ -75,6 +76,22 @@ TEST_F(IsHandshakeOKTest, WarnsOncePerAddress) {
   EXPECT_FALSE(Check("COM1::Baud=19200", kSupported));
   EXPECT_EQ(host.optionDialogs.size(), 2u);
   EXPECT_EQ(last, "COM1::Baud=19200");
+}
+
+// A port whose settings are fixed at a serial device server is warned about even with DTR/DSR, in words of its own.
+TEST_F(IsHandshakeOKTest, WarnsThatAFixedPortCannotBeSet) {
+  struct FixedCom3 : IIOManager {
+    std::vector<std::string> FindResources(const std::string&) override { return {}; }
+    std::shared_ptr<IInstrumentIO> Open(const std::string&) override { return nullptr; }
+    bool SerialSettingsFixed(const std::string& port) const override { return port == "COM3"; }
+  };
+  Components::SetIOManagerFactory([] { return std::make_shared<FixedCom3>(); });
+  last = "";
+  EXPECT_TRUE(Check("COM4::Handshake=DTR_DSR", kSupported));
+  EXPECT_FALSE(Check("COM3::Handshake=DTR_DSR", kSupported));
+  Components::SetIOManagerFactory(nullptr);
+  ASSERT_EQ(host.optionDialogs.size(), 1u);
+  EXPECT_EQ(host.optionDialogs[0].request.message, Messages::Load(724));
 }
 
 TEST_F(IsHandshakeOKTest, RemembersTheTickedOption) {

@@ -24,6 +24,10 @@ std::string Shown(const std::optional<BoardMap::GpibTarget>& t) {
       return "serial " + t->node;
     case GpibKind::PrologixTcp:
       return "tcp " + t->host + " " + std::to_string(t->port);
+    case GpibKind::Vxi11:
+      return "vxi11 " + t->host + " " + std::to_string(t->port) + " " + t->interfaceName;
+    case GpibKind::Socket:
+      return "socket " + t->host + " " + std::to_string(t->port);
   }
   return "?";
 }
@@ -38,13 +42,15 @@ TEST(BoardMapTest, GpibValues) {
       {"prologix-tcp:192.168.1.20", "tcp 192.168.1.20 1234"},
       {"prologix-tcp:gpib.lab:4000", "tcp gpib.lab 4000"},
       {"prologix-tcp:[::1]:1235", "tcp ::1 1235"},
-      {"prologix-tcp:fe80::1", "tcp fe80::1 1234"}};
+      {"prologix-tcp:fe80::1", "tcp fe80::1 1234"},
+      {"vxi11:gw.lab", "vxi11 gw.lab 0 gpib0"},  // port 0: ask the portmapper
+      {"vxi11:10.0.0.9:1024/GPIB1", "vxi11 10.0.0.9 1024 gpib1"}};
   for (const auto& [value, shown] : accepted) {
     std::string error;
     EXPECT_EQ(Shown(BoardMap::ParseGpibValue(value, 2, error)), shown) << value << ": " << error;
   }
   for (const char* value : {"linux-gpib:16", "linux-gpib:-1", "prologix-serial:ttyUSB1", "prologix-tcp:host:0",
-                            "prologix-tcp:host:70000", "prologix-tcp:[::1", "gpib-usb:0", ""}) {
+                            "prologix-tcp:host:70000", "prologix-tcp:[::1", "gpib-usb:0", "vxi11:gw/", "vxi11:gw/gpib0,5", ""}) {
     std::string error;
     EXPECT_EQ(Shown(BoardMap::ParseGpibValue(value, 0, error)), "refused") << value;
     EXPECT_FALSE(error.empty()) << value;
@@ -56,6 +62,9 @@ TEST(BoardMapTest, ComValues) {
       {"  /dev/pts/5 ", BoardMap::ComTarget{ComKind::Node, "/dev/pts/5", {}}},
       {"Sim", BoardMap::ComTarget{ComKind::Simulated, "", {}}},
       {"NONE", BoardMap::ComTarget{ComKind::None, "", {}}},
+      {"rfc2217:ts.lab:4001", BoardMap::ComTarget{ComKind::Rfc2217, "", {}, "ts.lab", 4001}},
+      {"TCP:[::1]:4002", BoardMap::ComTarget{ComKind::RawTcp, "", {}, "::1", 4002}},
+      {"rfc2217:ts.lab", std::nullopt},
       {"ttyUSB0", std::nullopt},
       {"", std::nullopt}};
   for (const auto& [value, target] : cases) {
@@ -143,10 +152,16 @@ TEST(BoardMapTest, LoadFromFileAndEnvironment) {
 }
 
 TEST(BoardMapTest, DescribeNamesEveryPortAndTheSource) {
-  BoardMap map = BoardMap::FromText("COM1 = /dev/ttyUSB0\nGPIB2 = prologix-tcp:[::1]:1300\n", "io.conf");
+  BoardMap map = BoardMap::FromText(
+      "COM1 = /dev/ttyUSB0\nGPIB2 = prologix-tcp:[::1]:1300\nGPIB1.5 = socket:lab:5025\nGPIB1.31 = socket:lab:1\n"
+      "GPIB1.6 = vxi11:lab/inst0\n",
+      "io.conf");
   const std::string text = map.Describe();
+  ASSERT_EQ(map.Problems().size(), 1u);  // address 31
+  EXPECT_EQ(map.StandIn(1, 6)->interfaceName, "inst0");
   for (const char* expected : {"COM1      /dev/ttyUSB0", "[io.conf:1]", "COM4      /dev/ttyS3", "GPIB0     not mapped",
-                               "GPIB2     Prologix-style adapter at [::1]:1300", "[io.conf:2]"})
+                               "GPIB2     Prologix-style adapter at [::1]:1300", "[io.conf:2]",
+                               "GPIB1.5   SCPI socket lab:5025", "GPIB1.6   VXI-11 device lab, inst0"})
     EXPECT_NE(text.find(expected), std::string::npos) << expected << "\n" << text;
   EXPECT_EQ(text.find("simulated instrument answers"), std::string::npos);
   EXPECT_NE(BoardMap::EmbeddedDefault().Describe().find("The simulated instrument answers on GPIB0"),
