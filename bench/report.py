@@ -334,6 +334,14 @@ def main():
         add("Files", "… / plain read + write + fsync of the same bytes", read_write / synced, "<= 3",
             f"{read_write * 1e3:.2f} ms / {synced * 1e3:.2f} ms; the write alone {write * 1e3:.2f} ms", cmd)
 
+    # --- The form's property bag. ---
+    form = results.get("form_bench")
+    if form:
+        small, large = seconds(form.pick(r"^BM_FormLoad/1000$")), seconds(form.pick(r"^BM_FormLoad/40000$"))
+        add("Files", "Form of 40,000 properties loaded: time per key / time per key with 1,000 (1 when linear)",
+            (large / 40000) / (small / 1000), "<= 2", f"{large * 1e3:.1f} ms / {small * 1e3:.2f} ms",
+            f"{bdir}/bench/form/form_bench")
+
     # --- Parser throughput. ---
     simulator = results.get("cvn73100_sim_bench")
     if simulator:

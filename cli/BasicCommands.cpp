@@ -2,7 +2,7 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"

@@ -50,6 +50,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context);
 void RegisterSetupCommands(CLI::App& app, CliContext& context);
 void RegisterConfigCommands(CLI::App& app, CliContext& context);
 void RegisterDemoCommand(CLI::App& app, CliContext& context);
+void RegisterDoctorCommand(CLI::App& app, CliContext& context);
 
 // An instrument's reply as `out` should carry it: raw into a pipe or file, made safe on a terminal.
 std::string Reply(const CliContext& context, const std::string& text);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
@@ -28,7 +28,7 @@ ScopeSession::ScopeSession(CliContext& context) : ScopeSession(context, Options{
 
 ScopeSession::ScopeSession(CliContext& context, Options options)
     : m_context(context), m_form(options.formPath.empty() ? context.formPath : options.formPath) {
-  if (!options.fresh) m_form.Load(m_loaded);
+  if (!options.fresh) m_form.Load(m_loaded, [this](const std::string& notice) { m_context.err << notice << "\n"; });
   m_control = std::make_unique<Cvn73100Scope>();
   // Also with an empty bag: reading passes the host's user mode on to the connection.
   m_control->ReadProperties(m_loaded);
@@ -49,7 +49,7 @@ bool ScopeSession::Finish(bool force) {
   m_control->WriteProperties(written);
   if (!force && SameProperties(written, m_loaded)) return false;
   // Other commands may have changed the form since it was read: only this command's changes are applied.
-  m_form.SaveChanges(m_loaded, written);
+  m_form.SaveChanges(m_loaded, written, [this](const std::string& notice) { m_context.err << notice << "\n"; });
   m_loaded = written;
   return true;
 }

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "cli/CliContext.h"
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "platform/PropertyBag.h"
 

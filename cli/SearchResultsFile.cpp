@@ -1,13 +1,12 @@
 #include "cli/SearchResultsFile.h"
 
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "cli/AtomicFile.h"
 #include "cli/CliContext.h"
 #include "cli/JsonText.h"
+#include "platform/RegularFile.h"
 
 namespace cvn73100 {
 namespace {
@@ -16,7 +15,7 @@ using nlohmann::json;
 constexpr std::int32_t FILE_ERROR = 75;  // Path/File access error
 constexpr std::uintmax_t MAX_FILE_SIZE = 16u << 20;
 
-ScopeError FileError(const std::string& path, const std::string& why) {
+ScopeError ResultsError(const std::string& path, const std::string& why) {
   return ScopeError(FILE_ERROR, CLI_SOURCE, "Search results " + path + ": " + why);
 }
 
@@ -34,19 +33,19 @@ SearchResultsFile::SearchResultsFile(const std::string& formPath) {
 }
 
 std::vector<TableRow> SearchResultsFile::Load() const {
-  std::error_code ec;
-  if (!std::filesystem::exists(m_path, ec)) return {};
-  if (std::filesystem::file_size(m_path, ec) > MAX_FILE_SIZE) throw FileError(m_path, "too large");
-  std::ifstream in(m_path, std::ios::binary);
-  if (!in) throw FileError(m_path, "cannot be read");
-  std::ostringstream text;
-  text << in.rdbuf();
-  const json root = json::parse(text.str(), nullptr, false);
+  std::optional<std::string> text;
+  try {
+    text = ReadRegularFile(m_path, MAX_FILE_SIZE);
+  } catch (const FileError& error) {
+    throw ScopeError(FILE_ERROR, CLI_SOURCE, std::string("Search results ") + error.what());
+  }
+  if (!text) return {};
+  const json root = json::parse(*text, nullptr, false);
   if (root.is_discarded() || !root.is_object() || !root.contains("rows") || !root["rows"].is_array())
-    throw FileError(m_path, "not a cvnscope search result");
+    throw ResultsError(m_path, "not a cvnscope search result");
   std::vector<TableRow> table;
   for (const auto& item : root["rows"]) {
-    if (!item.is_object()) throw FileError(m_path, "not a cvnscope search result");
+    if (!item.is_object()) throw ResultsError(m_path, "not a cvnscope search result");
     TableRow entry;
     entry.number = static_cast<std::int32_t>(table.size()) + 1;
     entry.row.model = Text(item, "model");
@@ -55,7 +54,7 @@ std::vector<TableRow> SearchResultsFile::Load() const {
     entry.row.manufacturer = Text(item, "manufacturer");
     entry.row.reply = Text(item, "reply");
     entry.fullAddress = Text(item, "fullAddress");
-    if (entry.fullAddress.empty()) throw FileError(m_path, "a row without an address");
+    if (entry.fullAddress.empty()) throw ResultsError(m_path, "a row without an address");
     table.push_back(std::move(entry));
   }
   return table;

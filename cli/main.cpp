@@ -7,8 +7,8 @@
 
 #include "cli/CliContext.h"
 #include "cli/Completion.h"
-#include "cli/FormFile.h"
 #include "cli/SimulatorState.h"
+#include "form/FormFile.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
 #include "server/Cvn73100Server.h"
@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
   RegisterSetupCommands(app, context);
   RegisterConfigCommands(app, context);
   RegisterDemoCommand(app, context);
+  RegisterDoctorCommand(app, context);
   auto* completion = app.add_subcommand("completion", "Print a completion script for bash, zsh or fish");
   std::string shell;
   completion->add_option("SHELL", shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));

@@ -50,7 +50,7 @@ foreach(_cvn_folder ${_cvn_header_folders})
           FILES_MATCHING PATTERN "*.h" PATTERN "designer" EXCLUDE)
 endforeach()
 if(TARGET cvn73100_form)
-  install(FILES ${PROJECT_SOURCE_DIR}/cli/FormFile.h DESTINATION ${CVN_INSTALL_INCLUDEDIR}/cli)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/form/ DESTINATION ${CVN_INSTALL_INCLUDEDIR}/form FILES_MATCHING PATTERN "*.h")
 endif()
 
 foreach(_cvn_program cvnscope cvn73100-sim cvnscope-gui)

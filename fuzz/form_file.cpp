@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "fuzz/FuzzInput.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/ScopeError.h"

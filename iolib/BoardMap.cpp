@@ -4,9 +4,9 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
+#include "platform/RegularFile.h"
 #include "platform/UserFolders.h"
 
 namespace cvn73100::io {
@@ -101,14 +101,8 @@ std::string HostPort(const std::string& host, int port) {
   return (v6 ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
 
-std::optional<std::string> ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::string text(kMaxConfigBytes + 1, '\0');
-  in.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(in.gcount()));
-  return text;
-}
+// A FIFO, device or folder in the file's place is refused without waiting: reported as a problem.
+std::optional<std::string> ReadFile(const std::string& path) { return ReadRegularFile(path, kMaxConfigBytes); }
 
 // The process's environment; HOME, when unset, is the home folder of the password database.
 std::optional<std::string> GetEnv(const std::string& name) {
@@ -161,8 +155,15 @@ BoardMap BoardMap::Load(const Environment& environment, const FileReader& readFi
   else if (const auto home = nonEmpty("HOME"))
     path = *home + "/.config/cvn73100/io.conf";
 
-  const std::optional<std::string> text = path.empty() ? std::nullopt : readFile(path);
+  std::optional<std::string> text;
+  std::string refused;
+  try {
+    if (!path.empty()) text = readFile(path);
+  } catch (const FileError& error) {
+    refused = std::string(error.what()) + ", not read";
+  }
   BoardMap map = text ? FileDefaults() : EmbeddedDefault();
+  if (!refused.empty()) map.m_problems.push_back(refused);
   map.m_configPath = path;
   map.m_configFound = text.has_value();
   if (text) {
@@ -170,7 +171,7 @@ BoardMap BoardMap::Load(const Environment& environment, const FileReader& readFi
       map.m_problems.push_back(path + ": larger than 1 MiB, not read");
     else
       map.ApplyText(*text, path);
-  } else if (explicitPath) {
+  } else if (explicitPath && refused.empty()) {
     map.m_problems.push_back("CVN73100_IO_CONF: cannot read " + path);
   }
 

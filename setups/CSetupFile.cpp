@@ -138,9 +138,8 @@ void CSetupFile::ReadFile(const std::string& fileName) {
   if (dataLength < 0) RaiseReadError("ReadFile", "1");
   if (file.Position() != SetupFileReader::ConvertToLong(headerLengthText)) RaiseReadError("ReadFile", "2");
   const auto length = static_cast<std::size_t>(dataLength);
-  if (length > MAX_LEARN_STRING_BYTES || dataLength > file.Size() - file.Position()) {
-    RaiseReadError("ReadFile", "3");
-  }
+  if (length > MAX_LEARN_STRING_BYTES) SetupFileReader::RefuseLearnStringOf(length);
+  if (dataLength > file.Size() - file.Position()) RaiseReadError("ReadFile", "3");
   Bytes data;
   if (!file.ReadExactly(length, data)) RaiseReadError("ReadFile", "3");
   file.Close();

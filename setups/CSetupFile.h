@@ -4,10 +4,9 @@
 #include <string>
 
 #include "setups/SetupFileProperties.h"
+#include "setups/SetupFileReader.h"
 
 namespace cvn73100 {
-
-class SetupFileReader;
 
 // The native setup file (*.scp), the only format the control writes: a header of 13 fields, each
 // terminated by "|", followed directly by the learn-string bytes. Saving replaces the file whole or
@@ -19,7 +18,7 @@ class CSetupFile : public SetupFileProperties {
   static constexpr const char* DESCRIPTION = "KSR Standard Setup File, Version: 1";
   static constexpr char FIELD_TERMINATOR = '|';
   // No learn string the instrument family produces comes near this; a larger claim is a broken file.
-  static constexpr std::size_t MAX_LEARN_STRING_BYTES = 64u * 1024u * 1024u;
+  static constexpr std::size_t MAX_LEARN_STRING_BYTES = SetupFileReader::MAX_LEARN_STRING_BYTES;
   // Longest header field read or written.
   static constexpr std::size_t MAX_FIELD_LENGTH = 64u * 1024u;
 

@@ -92,6 +92,10 @@ void CWrenfoldFile::ReadFile(const std::string& fileName) {
     Raise("ReadFile", "1", MSG_LOAD_ERROR);
   }
   Bytes data;
+  if (const auto left = static_cast<std::size_t>(file.Size() - file.Position()); left > MAX_LEARN_STRING_BYTES) {
+    file.Close();
+    SetupFileReader::RefuseLearnStringOf(left);
+  }
   if (!file.ReadToEnd(MAX_LEARN_STRING_BYTES, data)) Raise("ReadFile", "2", MSG_LOAD_ERROR);
   file.Close();
   if (data.size() < 2) {

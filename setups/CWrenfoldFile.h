@@ -3,10 +3,9 @@
 #include <string>
 
 #include "setups/SetupFileProperties.h"
+#include "setups/SetupFileReader.h"
 
 namespace cvn73100 {
-
-class SetupFileReader;
 
 // The Wrenfold setup file (*.stp), read but never written: four lines ending in a line feed (a
 // carriage return before it stays part of the line), the command ":SYSTEM:SETUP " and the learn string
@@ -18,7 +17,7 @@ class CWrenfoldFile : public SetupFileProperties {
   static constexpr const char* SETUP_COMMAND = ":SYSTEM:SETUP ";
   static constexpr const char* WILDCARD_VERSION = "X.XX.XX";
   static constexpr const char* MAKER_CODE = "CVN";
-  static constexpr std::size_t MAX_LEARN_STRING_BYTES = 64u * 1024u * 1024u;
+  static constexpr std::size_t MAX_LEARN_STRING_BYTES = SetupFileReader::MAX_LEARN_STRING_BYTES;
   static constexpr std::size_t MAX_LINE_LENGTH = 64u * 1024u;
 
   bool IsACompatibleFile(const std::string& fileName) noexcept override;

@@ -133,4 +133,10 @@ std::int32_t SetupFileReader::ConvertToLong(std::string_view text) {
   return *value;
 }
 
+void SetupFileReader::RefuseLearnStringOf(std::size_t length) {
+  throw ScopeError(ERR_SETUP_FILE, "Cvn73100CtrlLib",
+                   "The setup file holds " + std::to_string(length) + " bytes of setup data; an instrument's setup has at most " +
+                       std::to_string(MAX_LEARN_STRING_BYTES) + ".");
+}
+
 }  // namespace cvn73100

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/Variant.h"
+#include "server/BlockReader.h"
 
 namespace cvn73100 {
 
@@ -36,6 +37,12 @@ class SetupFileReader {
   std::int64_t Position() const { return m_position; }
   // Bytes the file held when it was opened.
   std::int64_t Size() const { return m_size; }
+
+  // The most setup data a file may hold: the most an instrument's learn string may have, so that a setup
+  // read from a file can be sent, and stored in the form.
+  static constexpr std::size_t MAX_LEARN_STRING_BYTES = server::BlockReader::SETUP_CAP;
+  // Raises the setup-file error that says `length` bytes of setup data are more than that.
+  [[noreturn]] static void RefuseLearnStringOf(std::size_t length);
 
   // A whole decimal number with optional sign and surrounding white space (a line's carriage return
   // included); nullopt for anything else or a value outside 32 bits.

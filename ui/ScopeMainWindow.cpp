@@ -20,7 +20,7 @@
 #include <cmath>
 #include <exception>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "platform/PropertyBag.h"
 #include "platform/ScopeError.h"

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <map>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
 #include "iolib/IOLibrary.h"

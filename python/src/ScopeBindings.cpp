@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "platform/Event.h"

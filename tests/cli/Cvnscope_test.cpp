@@ -154,6 +154,12 @@ TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
                                "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
   ASSERT_EQ(std::system(complete.c_str()), 0);
   EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
+
+  env["CVN73100_COM2"] = (dir / "no-such-tty").string();
+  const RunResult doctor = Run({"doctor"});
+  EXPECT_EQ(doctor.status, 1);
+  EXPECT_TRUE(Contains(doctor.out, "PROBLEM  COM2: " + (dir / "no-such-tty").string() + ": No such file")) << doctor.out;
+  EXPECT_TRUE(Contains(doctor.out, "fix: connect the adapter")) << doctor.out;
 }
 
 TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {

@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "cli/FormMerge.h"
+#include "form/FormMerge.h"
 #include "tests/cli/CliRunner.h"
 
 namespace cvn73100 {
@@ -49,14 +49,14 @@ TEST(FormMerge, OnlyThisCommandsChangesReplaceWhatOthersLeft) {
 
 class FormChanges : public test::CliTest {};
 
-TEST_F(FormChanges, TwentyCommandsAtOnceLoseNothing) {
+TEST_F(FormChanges, FiftyCommandsAtOnceLoseNothing) {
   ASSERT_EQ(Run({"config"}).status, 0);
   std::vector<std::thread> commands;
-  for (int i = 1; i <= 20; ++i) {
+  for (int i = 1; i <= 50; ++i) {
     commands.emplace_back([this, i] { Run({"setup", "get", "Q" + std::to_string(i), "--yes"}); });
   }
   for (auto& command : commands) command.join();
-  EXPECT_EQ(nlohmann::json::parse(Run({"--json", "setup", "list"}).out)["setups"].size(), 20u);
+  EXPECT_EQ(nlohmann::json::parse(Run({"--json", "setup", "list"}).out)["setups"].size(), 50u);
 }
 
 }  // namespace

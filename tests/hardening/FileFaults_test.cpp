@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "iolib/BoardMap.h"

@@ -10,7 +10,7 @@
 #include <QLineSeries>
 #include <QTemporaryDir>
 
-#include "cli/FormFile.h"
+#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "setups/SetupsCvn73100Scope.h"
 #include "tests/support/ScriptedHost.h"

@@ -1,4 +1,4 @@
-#include "cli/FormMerge.h"
+#include "form/FormMerge.h"
 
 #include <algorithm>
 #include <cctype>
