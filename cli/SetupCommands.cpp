@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -9,6 +8,7 @@
 #include "cli/ConsoleSetupsView.h"
 #include "cli/JsonText.h"
 #include "cli/OutputFile.h"
+#include "cli/TextWidth.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
@@ -306,20 +306,14 @@ void RegisterList(CLI::App& setup, CliContext& context) {
       context.out << "No setups (cvnscope setup get NAME fetches one).\n";
       return;
     }
-    std::size_t nameWidth = captions.nameColumn.size();
-    for (const auto& row : rows) nameWidth = std::max(nameWidth, row.name.size());
-    context.out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << captions.nameColumn << "  "
-                << std::setw(8) << Messages::Load(201) << "  " << std::setw(8) << "Version" << "  " << std::setw(7)
-                << "Bytes" << "  " << captions.commentsColumn << "\n";
+    TextTable table;
+    table.Add({"  " + captions.nameColumn, Messages::Load(201), "Version", "Bytes", captions.commentsColumn});
     for (const auto& row : rows) {
       const auto item = command.Setup(row.name);
-      context.out << (row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") << std::left
-                  << std::setw(static_cast<int>(nameWidth)) << row.name << "  " << std::setw(8) << item->Model()
-                  << "  " << std::setw(8) << item->Version() << "  " << std::setw(7)
-                  << (item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-")) << "  "
-                  << row.comments << "\n";
+      table.Add({(row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") + row.name, item->Model(), item->Version(),
+                 item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-"), row.comments});
     }
-    context.out << std::right;
+    table.Print(context.out);
   });
 }
 
