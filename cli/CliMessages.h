@@ -1,0 +1,47 @@
+#pragma once
+
+namespace cvn73100::CliMsg {
+
+// The numbers of the command line's texts in the message catalogue; {1}, {2}... are filled in by CliText.
+
+inline constexpr int APP_DESCRIPTION = 2000;  // cvnscope: find, test and control 73100-family oscilloscopes over GPIB …
+inline constexpr int APP_SIMULATED = 2001;  // With no I/O configuration the built-in simulated instrument answers on…
+inline constexpr int APP_EXIT_STATUS = 2002;  // Exit status: 0 done, 1 error, 2 usage, 3 cancelled at a question, 10+c…
+inline constexpr int HELP_FLAG = 2003;  // Print this help message and exit
+inline constexpr int HELP_ALL_FLAG = 2004;  // Show the help of every command
+inline constexpr int VERSION_FLAG = 2005;  // Display program version information and exit
+inline constexpr int FORM_OPTION = 2006;  // The form file that keeps the control's properties
+inline constexpr int JSON_OPTION = 2007;  // Print results as JSON for scripts
+inline constexpr int YES_OPTION = 2008;  // Answer OK to every question
+inline constexpr int PARENTS_OPTION = 2009;  // Create the missing folders of output files
+inline constexpr int PROGRESS_OPTION = 2010;  // Draw progress even when standard error is not a terminal
+inline constexpr int COUNTRY_OPTION = 2011;  // Language of this run's messages by country code (1, 33, 34, 39, 49, 81…
+inline constexpr int COMPLETION_COMMAND = 2012;  // Print a completion script for bash, zsh or fish
+inline constexpr int SHELL_ARGUMENT = 2013;  // bash, zsh or fish
+inline constexpr int SIM_COMMAND = 2014;  // The built-in simulated instruments
+inline constexpr int SIM_RESET_COMMAND = 2015;  // Forget the settings the simulated instruments kept: they start afresh
+inline constexpr int LABEL_USAGE = 2016;  // Usage
+inline constexpr int LABEL_OPTIONS = 2017;  // Options
+inline constexpr int LABEL_COMMANDS = 2018;  // Commands
+inline constexpr int LABEL_ARGUMENTS = 2019;  // Arguments
+inline constexpr int LABEL_REQUIRED = 2020;  // REQUIRED
+inline constexpr int LABEL_OPTIONS_BADGE = 2021;  // OPTIONS
+inline constexpr int LABEL_COMMAND_BADGE = 2022;  // COMMAND
+inline constexpr int LABEL_EXCLUDES = 2023;  // Excludes
+inline constexpr int LABEL_NEEDS = 2024;  // Needs
+inline constexpr int MORE_INFORMATION = 2025;  // Run with --help for more information.
+inline constexpr int ERROR_LINE = 2026;  // Error {1}: {2}: {3}
+inline constexpr int PROPERTY_ALLOWED = 2027;  // {1} ({2} {3}: allowed {4})
+inline constexpr int USAGE_ERROR = 2028;  // Usage error: {1}
+inline constexpr int ADDRESS_COMMAND = 2050;  // Check an instrument address: print its canonical and automation-server…
+inline constexpr int ADDRESS_ARGUMENT = 2051;  // e.g. GPIB0::7::INSTR, COM2::Baud=19200,Handshake=DTR_DSR
+inline constexpr int DTR_ONLY_FLAG = 2052;  // Serial ports may use only DTR/DSR handshaking
+inline constexpr int MESSAGE_COMMAND = 2053;  // Print a text of the message catalogue (in the language of --country)
+inline constexpr int MESSAGE_NUMBER_ARGUMENT = 2054;  // Message number, e.g. 106
+inline constexpr int MESSAGE_UNKNOWN = 2055;  // Message {1} is not in the catalogue.
+inline constexpr int ASK_OK_TO_CONTINUE = 2060;  // OK to continue?
+inline constexpr int ASK_CONTINUE = 2061;  // Continue?
+inline constexpr int NO_TERMINAL_CANCEL = 2062;  // [no terminal: answered Cancel; use --yes to answer OK]
+inline constexpr int ASK_REPLACE_FILE = 2063;  // {1} already exists. Replace it?
+
+}  // namespace cvn73100::CliMsg
