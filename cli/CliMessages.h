@@ -43,5 +43,26 @@ inline constexpr int ASK_OK_TO_CONTINUE = 2060;  // OK to continue?
 inline constexpr int ASK_CONTINUE = 2061;  // Continue?
 inline constexpr int NO_TERMINAL_CANCEL = 2062;  // [no terminal: answered Cancel; use --yes to answer OK]
 inline constexpr int ASK_REPLACE_FILE = 2063;  // {1} already exists. Replace it?
+inline constexpr int RESOURCES_COMMAND = 2100;  // List the instrument resources the I/O library finds, and where each po…
+inline constexpr int RESOURCES_MATCHING = 2101;  // Resources matching {1}:
+inline constexpr int NONE_FOUND = 2102;  // (none)
+inline constexpr int TEST_COMMAND = 2103;  // Ask the instrument at ADDRESS for its identity (*IDN?) and print what …
+inline constexpr int TEST_EXIT_STATUS = 2104;  // Exit status: 0 for a supported instrument, 10 + the result code otherw…
+inline constexpr int ALLOWED_ADDRESS = 2105;  // GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]
+inline constexpr int SEARCH_COMMAND = 2106;  // Search every included COM port and GPIB address for instruments (the S…
+inline constexpr int EXCLUDE_SILENT_FLAG = 2107;  // Exclude the COM ports without an instrument from future searches
+inline constexpr int KEEP_SILENT_FLAG = 2108;  // Keep every COM port in future searches (the default without a terminal…
+inline constexpr int ALL_FLAG = 2109;  // Also list the GPIB addresses that did not answer
+inline constexpr int USE_COMMAND = 2110;  // Make a row of the last search's table, or an address, the control's ad…
+inline constexpr int USE_TARGET_ARGUMENT = 2111;  // A row number of `cvnscope search`, or e.g. GPIB0::7::INSTR, COM1
+inline constexpr int NO_SEARCH_RESULTS = 2112;  // No search results: run `cvnscope search` first.
+inline constexpr int ROW_NOT_IN_TABLE = 2113;  // Row {1} is not in the last search's table (rows 1 to {2}).
+inline constexpr int ALLOWED_USE_TARGET = 2114;  // a row of the last search, GPIB0..3::0..30::INSTR or COM1..4[::…]
+inline constexpr int CANCELLED_ADDRESS_STAYS = 2115;  // Cancelled: the address stays {1}.
+inline constexpr int FIELD_ADDRESS = 2116;  // Address
+inline constexpr int FIELD_INSTRUMENT = 2117;  // Instrument
+inline constexpr int SILENT_ADDRESSES = 2118;  // {1} addresses did not answer (--all lists them).
+inline constexpr int SILENT_ADDRESS = 2119;  // 1 address did not answer (--all lists it).
+inline constexpr int MARKS_CONTROL_ADDRESS = 2120;  // * marks the control's address.
 
 }  // namespace cvn73100::CliMsg

@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <iostream>
 
+#include "cli/CliText.h"
 #include "cli/TextWidth.h"
 #include "control/Cvn73100Scope.h"
 #include "discovery/Cvn73100PPSrchIO.h"
@@ -123,11 +124,11 @@ void PrintSearchTable(std::ostream& out, const std::vector<TableRow>& table, std
   columns.Print(out);
   out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::SupportedCaption()) << "\n";
   if (!all && silentCount > 0) {
-    out << silentCount << (silentCount == 1 ? " address" : " addresses")
-        << " did not answer (--all lists them). * marks the control's address.\n";
-  } else {
-    out << "* marks the control's address.\n";
+    out << (silentCount == 1 ? CliText(CliMsg::SILENT_ADDRESS)
+                             : CliText(CliMsg::SILENT_ADDRESSES, {std::to_string(silentCount)}))
+        << " ";
   }
+  out << CliText(CliMsg::MARKS_CONTROL_ADDRESS) << "\n";
 }
 
 }  // namespace cvn73100
