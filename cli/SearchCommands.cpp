@@ -10,6 +10,7 @@
 #include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
+#include "cli/StopOnSignal.h"
 #include "control/Cvn73100Scope.h"
 #include "discovery/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
@@ -108,6 +109,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
     bool excludeSilent = false;
     bool keepSilent = false;
     bool all = false;
+    bool parallel = false;
   };
   auto options = std::make_shared<Options>();
   auto* search = app.add_subcommand("search", CliText(CliMsg::SEARCH_COMMAND));
@@ -116,6 +118,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
   auto* keep = search->add_flag("--keep-silent", options->keepSilent, CliText(CliMsg::KEEP_SILENT_FLAG));
   exclude->excludes(keep);
   search->add_flag("--all", options->all, CliText(CliMsg::ALL_FLAG));
+  search->add_flag("--parallel", options->parallel, CliText(CliMsg::PARALLEL_FLAG));
   search->callback([&context, options] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
@@ -126,7 +129,25 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
     context.host.SetQuiet(context.json);
     context.host.ClearRecord();
     Cvn73100PPSrchIO page(view);
-    RunSearch(page, control);
+    page.SetParallelSearch(options->parallel);
+    try {
+      const StopOnSignal stopOnSignal;
+      RunSearch(page, control);
+    } catch (const Interrupted&) {
+      // Stopped: the rows so far are shown; nothing reaches the form or the table `use` reads.
+      page.PropertyPage_Terminate();
+      const std::vector<TableRow> table = TableRows(page.Rows(), options->all);
+      if (context.json) {
+        json rows = json::array();
+        for (const auto& entry : table) rows.push_back(RowJson(entry));
+        context.out << json{{"rows", rows}, {"stopped", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      } else {
+        PrintSearchTable(context.out, table, 0, true);
+        context.err << CliText(CliMsg::SEARCH_STOPPED) << "\n";
+      }
+      context.exitStatus = 128 + (StopOnSignal::Received() != 0 ? StopOnSignal::Received() : SIGINT);
+      return;
+    }
     // As OK on the property frame: the ports found and the exclusions go to the control; the address stays
     // unless this is the control's first search (`use` changes it).
     page.PropertyPage_ApplyChanges();
