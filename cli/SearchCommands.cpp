@@ -10,7 +10,7 @@
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"

@@ -36,7 +36,7 @@ install(TARGETS ${_cvn_install_libraries} EXPORT Cvn73100Targets
         INCLUDES DESTINATION ${CVN_INSTALL_INCLUDEDIR})
 
 # Headers keep their folders, since they include one another by path from the root.
-set(_cvn_header_folders platform diagnostics dialogs ioconfig discovery setups control)
+set(_cvn_header_folders platform diagnostics dialogs ioconfig connection discovery setups control)
 foreach(_cvn_pair sim=simulator io=iolib server=server qt=ui)
   string(REPLACE "=" ";" _cvn_parts ${_cvn_pair})
   list(GET _cvn_parts 0 _cvn_name)

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/ISearchInstrumentsView.h"
 
 namespace cvn73100 {
 
 class CIOconfiguration;
-class Cvn73100Scope;
+class IPPCvn73100Scope;
 
 // The "Search Instruments" property page: finds every instrument that answers "*IDN?" on the COM ports
 // and GPIB interfaces the I/O configuration includes, lists them, tests one address, and hands the
@@ -57,7 +57,7 @@ class Cvn73100PPSrchIO {
   // working copy of its I/O configuration, the query initialised with its TXDelay and IOManager, and
   // its InitialSearchMode as the first-search flag (the first search then offers row 1 for Apply when
   // no row is connected). A null control is reported and leaves the page unbound.
-  void PropertyPage_SelectionChanged(Cvn73100Scope* control);
+  void PropertyPage_SelectionChanged(IPPCvn73100Scope* control);
   // Hands the selected row's address (its reply becoming AddressInstrumentID) and the working I/O
   // configuration to the control, then runs the RS-232 handshake check for the result. Does nothing
   // while any of the control's page flags SearchIOExists, SearchCriteriaExists, SetIOExists and
@@ -123,12 +123,12 @@ class Cvn73100PPSrchIO {
 
  private:
   // The control, after reporting the broken invariants a page event checks; null when unbound.
-  Cvn73100Scope* SelectedControl(const char* procedure) const;
+  IPPCvn73100Scope* SelectedControl(const char* procedure) const;
   // Makes a fresh working copy of the control's I/O configuration and hands it to the query.
-  void TakeControlConfiguration(Cvn73100Scope& control);
-  void FindPorts(Cvn73100Scope& control);
-  void SearchRS232(Cvn73100Scope& control, std::int32_t& step, std::int32_t total);
-  void SearchGPIB(Cvn73100Scope& control, std::int32_t& step, std::int32_t total);
+  void TakeControlConfiguration(IPPCvn73100Scope& control);
+  void FindPorts(IPPCvn73100Scope& control);
+  void SearchRS232(IPPCvn73100Scope& control, std::int32_t& step, std::int32_t total);
+  void SearchGPIB(IPPCvn73100Scope& control, std::int32_t& step, std::int32_t total);
   std::int32_t ProbeCount() const;
   void ShowPortNotOpened(const std::string& address);
   void OfferExclusions();
@@ -149,7 +149,7 @@ class Cvn73100PPSrchIO {
   void CheckIncludeMasks() const;
 
   ISearchInstrumentsView& m_view;
-  Cvn73100Scope* m_control = nullptr;
+  IPPCvn73100Scope* m_control = nullptr;
   std::shared_ptr<CIOconfiguration> m_cioconfiguration;
   CQueryInstrument m_cqueryinstrument;
   std::int32_t m_lDiscoveryDelay = 0;

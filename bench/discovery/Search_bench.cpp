@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
 #include "iolib/BoardMap.h"

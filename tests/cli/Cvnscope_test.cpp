@@ -8,7 +8,7 @@
 
 #include "cli/ConsoleHost.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"

@@ -2,7 +2,7 @@
 #include <exception>
 #include <iostream>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
 #include "iolib/IOLibrary.h"
 #include "platform/ScopeError.h"
