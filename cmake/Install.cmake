@@ -77,7 +77,7 @@ install(FILES ${PROJECT_BINARY_DIR}/Cvn73100Config.cmake ${PROJECT_BINARY_DIR}/C
 if(TARGET cvn73100_server AND TARGET cvn73100_io)
   file(RELATIVE_PATH CVN_PC_PREFIX_FROM_PCFILEDIR /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   string(REGEX REPLACE "/$" "" CVN_PC_PREFIX_FROM_PCFILEDIR "${CVN_PC_PREFIX_FROM_PCFILEDIR}")
-  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_io -lcvn73100_sim -lcvn73100_vxi11rpc -lcvn73100_core")
+  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_sim -lcvn73100_io -lcvn73100_vxi11rpc -lcvn73100_core")
   if(TARGET cvn73100_form)
     set(CVN_PC_LIBS "-lcvn73100_form ${CVN_PC_LIBS}")
   endif()

@@ -12,10 +12,11 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
@@ -75,9 +76,9 @@ class SearchInstrumentsTest : public ::testing::Test {
     sim::Faults garbage, silent;
     garbage.garbage = true;
     silent.silent = true;
-    manager->SetSimulatedSerialInstrument(1, Make(kSupported));
-    manager->SetSimulatedSerialInstrument(2, Make(kSupported, garbage));
-    manager->SetSimulatedSerialInstrument(3, Make(kSupported, silent));
+    manager->SetSimulatedSerialPort(1, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported)));
+    manager->SetSimulatedSerialPort(2, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, garbage)));
+    manager->SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, silent)));
     Components::SetIOManagerFactory([m = manager] { return m; });
   }
   void TearDown() override {
@@ -122,7 +123,7 @@ class SearchInstrumentsTest : public ::testing::Test {
 
   test::ScriptedHost host;
   test::ScopedHost scopedHost{host};
-  std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager = std::make_shared<io::IOManager>(
       io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "test"));
   RecordingView view;

@@ -10,7 +10,7 @@
 
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
@@ -51,7 +51,7 @@ class Bench {
     io::BoardMap map = io::BoardMap::EmbeddedDefault();
     map.SetCom(1, io::BoardMap::ComTarget{io::BoardMap::ComKind::Node, m_link.string(), "test"});
     manager = std::make_shared<io::IOManager>(map);
-    auto bus = std::make_shared<io::SimulatedBus>();
+    auto bus = std::make_shared<sim::SimulatedBus>();
     bus->Attach(7, busInstrument);
     manager->SetSimulatedBus(0, bus);
   }

@@ -1,4 +1,4 @@
-// Identifies the instrument at GPIB0::7 through the installed control, I/O library and automation server.
+// Identifies the instrument at GPIB0::7 through the installed control, I/O library, simulator and automation server.
 #include <exception>
 #include <iostream>
 
@@ -7,10 +7,12 @@
 #include "iolib/IOLibrary.h"
 #include "platform/ScopeError.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 
 int main() {
   try {
     cvn73100::io::RegisterIOLibrary();
+    cvn73100::sim::RegisterBackend();
     cvn73100::server::RegisterAutomationServer();
     cvn73100::Cvn73100Scope scope;
     scope.SetAddress("GPIB0::7::INSTR");
