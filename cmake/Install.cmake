@@ -22,7 +22,7 @@ foreach(_cvn_pair core=cvn73100_core vxi11rpc=cvn73100_vxi11rpc sim=cvn73100_sim
   list(GET _cvn_parts 1 _cvn_target)
   if(TARGET ${_cvn_target})
     set_target_properties(${_cvn_target} PROPERTIES EXPORT_NAME ${_cvn_name})
-    # In the build tree the headers come from the source root (include_directories); once installed,
+    # In the build tree the headers come from the source root (each target's BUILD_INTERFACE); once installed,
     # from the include prefix of their own.
     target_include_directories(${_cvn_target} INTERFACE $<INSTALL_INTERFACE:${CVN_INSTALL_INCLUDEDIR}>)
     list(APPEND _cvn_install_libraries ${_cvn_target})
