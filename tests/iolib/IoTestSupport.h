@@ -16,21 +16,16 @@
 #include "simulator/PtyServer.h"
 #include "simulator/TcpServer.h"
 #include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100::io::test {
 
+using cvn73100::test::ErrorOf;
 using cvn73100::test::OpenDescriptorCount;
 using cvn73100::test::ScopedEnv;
 
 // The I/O condition a call raises, or 0 when it returns normally.
-inline std::int32_t ConditionOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const ScopeError& error) {
-    return IOErrorCondition(error);
-  }
-  return 0;
-}
+inline std::int32_t ConditionOf(const std::function<void()>& call) { return IOErrorCondition(ErrorOf(call)); }
 
 // How long a call takes.
 inline std::chrono::milliseconds Elapsed(const std::function<void()>& call) {
