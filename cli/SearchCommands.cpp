@@ -12,7 +12,7 @@
 #include "cli/SearchResultsFile.h"
 #include "cli/StopOnSignal.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"

@@ -23,7 +23,7 @@ foreach(_cvn_pair core=cvn73100_core vxi11rpc=cvn73100_vxi11rpc sim=cvn73100_sim
   list(GET _cvn_parts 1 _cvn_target)
   if(TARGET ${_cvn_target})
     set_target_properties(${_cvn_target} PROPERTIES EXPORT_NAME ${_cvn_name})
-    # In the build tree the headers come from the source root (include_directories); once installed,
+    # In the build tree the headers come from the source root (each target's BUILD_INTERFACE); once installed,
     # from the include prefix of their own.
     target_include_directories(${_cvn_target} INTERFACE $<INSTALL_INTERFACE:${CVN_INSTALL_INCLUDEDIR}>)
     list(APPEND _cvn_install_libraries ${_cvn_target})
@@ -38,7 +38,7 @@ install(TARGETS ${_cvn_install_libraries} EXPORT Cvn73100Targets
         INCLUDES DESTINATION ${CVN_INSTALL_INCLUDEDIR})
 
 # Headers keep their folders, since they include one another by path from the root.
-set(_cvn_header_folders platform diagnostics dialogs ioconfig discovery setups control)
+set(_cvn_header_folders platform diagnostics dialogs ioconfig connection discovery setups control)
 foreach(_cvn_pair sim=simulator io=iolib server=server qt=ui)
   string(REPLACE "=" ";" _cvn_parts ${_cvn_pair})
   list(GET _cvn_parts 0 _cvn_name)
@@ -83,7 +83,7 @@ install(FILES ${PROJECT_BINARY_DIR}/Cvn73100Config.cmake ${PROJECT_BINARY_DIR}/C
 if(TARGET cvn73100_server AND TARGET cvn73100_io)
   file(RELATIVE_PATH CVN_PC_PREFIX_FROM_PCFILEDIR /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   string(REGEX REPLACE "/$" "" CVN_PC_PREFIX_FROM_PCFILEDIR "${CVN_PC_PREFIX_FROM_PCFILEDIR}")
-  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_io -lcvn73100_sim -lcvn73100_vxi11rpc -lcvn73100_core")
+  set(CVN_PC_LIBS "-lcvn73100_server -lcvn73100_sim -lcvn73100_io -lcvn73100_vxi11rpc -lcvn73100_core")
   if(TARGET cvn73100_form)
     set(CVN_PC_LIBS "-lcvn73100_form ${CVN_PC_LIBS}")
   endif()

@@ -4,8 +4,8 @@
 #include <cctype>
 #include <exception>
 
-#include "control/AutoCenter.h"
-#include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
+#include "connection/IPPCvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "discovery/FrmSearchResults.h"
@@ -69,12 +69,12 @@ std::string Cvn73100PPSrchIO::SearchCaption() { return Msg(207); }
 
 // --- Binding ---
 
-Cvn73100Scope* Cvn73100PPSrchIO::SelectedControl(const char* procedure) const {
+IPPCvn73100Scope* Cvn73100PPSrchIO::SelectedControl(const char* procedure) const {
   Check(m_control != nullptr, "(Not (PropertyPage.SelectedControls(0) Is Nothing))", procedure);
   return m_control;
 }
 
-void Cvn73100PPSrchIO::TakeControlConfiguration(Cvn73100Scope& control) {
+void Cvn73100PPSrchIO::TakeControlConfiguration(IPPCvn73100Scope& control) {
   const IPPCvn73100Scope& ipp = control;
   m_cioconfiguration = ipp.IOConfigurationPropertyPage();
   m_lTXDelay = control.TXDelay();
@@ -82,7 +82,7 @@ void Cvn73100PPSrchIO::TakeControlConfiguration(Cvn73100Scope& control) {
   m_strKnownAddress = ipp.IOConfigurationControl()->ActiveAddressString();
 }
 
-void Cvn73100PPSrchIO::PropertyPage_SelectionChanged(Cvn73100Scope* control) {
+void Cvn73100PPSrchIO::PropertyPage_SelectionChanged(IPPCvn73100Scope* control) {
   m_control = control;
   if (!SelectedControl("PropertyPage_SelectionChanged")) return;
   TakeControlConfiguration(*control);
@@ -225,7 +225,7 @@ std::int32_t Cvn73100PPSrchIO::ProbeCount() const {
   return count;
 }
 
-void Cvn73100PPSrchIO::FindPorts(Cvn73100Scope& control) {
+void Cvn73100PPSrchIO::FindPorts(IPPCvn73100Scope& control) {
   SetWorking(Msg(208));
   Busy();
   m_cioconfiguration->FindAll(control);
@@ -365,7 +365,7 @@ void Cvn73100PPSrchIO::ShowInFlight(const std::vector<std::string>& addresses) {
 }
 
 void Cvn73100PPSrchIO::Search_Click() {
-  Cvn73100Scope* control = SelectedControl("Search_Click");
+  IPPCvn73100Scope* control = SelectedControl("Search_Click");
   if (!control || !Bound() || m_bSearching) return;
 
   // However the search ends, the page leaves the searching state and the hourglass.
@@ -476,7 +476,7 @@ void Cvn73100PPSrchIO::OfferExclusions() {
 // --- Test ---
 
 void Cvn73100PPSrchIO::Test_Click() {
-  Cvn73100Scope* control = SelectedControl("Test_Click");
+  IPPCvn73100Scope* control = SelectedControl("Test_Click");
   if (!control || !Bound() || m_bSearching || m_rows.empty()) return;
   const std::int32_t index = m_lSelectedIndex;
   if (index < 1 || index > static_cast<std::int32_t>(m_rows.size())) return;
@@ -508,7 +508,7 @@ void Cvn73100PPSrchIO::Test_Click() {
 
 void Cvn73100PPSrchIO::PropertyPage_ApplyChanges() {
   CDebug::Instance().Trace("", CLASS_NAME, "PropertyPage_ApplyChanges", "Start");
-  Cvn73100Scope* control = SelectedControl("PropertyPage_ApplyChanges");
+  IPPCvn73100Scope* control = SelectedControl("PropertyPage_ApplyChanges");
   if (!control || !Bound() || m_bSearching) return;
   IPPCvn73100Scope& ipp = *control;
   if (ipp.SearchIOExists() || ipp.SearchCriteriaExists() || ipp.SetIOExists() || ipp.SetupsExists()) return;
@@ -565,7 +565,7 @@ void Cvn73100PPSrchIO::CheckIncludeMasks() const {
 }
 
 void Cvn73100PPSrchIO::TimerIdleProcessing_Timer() {
-  Cvn73100Scope* control = SelectedControl("TimerIdleProcessing_Timer");
+  IPPCvn73100Scope* control = SelectedControl("TimerIdleProcessing_Timer");
   if (!control || !Bound() || m_bSearching) return;
   CheckIncludeMasks();
 

@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/ISearchInstrumentsView.h"
 #include "discovery/SearchWorkers.h"
 
 namespace cvn73100 {
 
 class CIOconfiguration;
-class Cvn73100Scope;
+class IPPCvn73100Scope;
 
 // The "Search Instruments" property page: finds every instrument that answers "*IDN?" on the COM ports
 // and GPIB interfaces the I/O configuration includes, lists them, tests one address, and hands the
@@ -60,7 +60,7 @@ class Cvn73100PPSrchIO {
   // working copy of its I/O configuration, the query initialised with its TXDelay and IOManager, and
   // its InitialSearchMode as the first-search flag (the first search then offers row 1 for Apply when
   // no row is connected). A null control is reported and leaves the page unbound.
-  void PropertyPage_SelectionChanged(Cvn73100Scope* control);
+  void PropertyPage_SelectionChanged(IPPCvn73100Scope* control);
   // Hands the selected row's address (its reply becoming AddressInstrumentID) and the working I/O
   // configuration to the control, then runs the RS-232 handshake check for the result. Does nothing
   // while any of the control's page flags SearchIOExists, SearchCriteriaExists, SetIOExists and
@@ -131,9 +131,9 @@ class Cvn73100PPSrchIO {
 
  private:
   // The control, after reporting the broken invariants a page event checks; null when unbound.
-  Cvn73100Scope* SelectedControl(const char* procedure) const;
+  IPPCvn73100Scope* SelectedControl(const char* procedure) const;
   // Makes a fresh working copy of the control's I/O configuration and hands it to the query.
-  void TakeControlConfiguration(Cvn73100Scope& control);
+  void TakeControlConfiguration(IPPCvn73100Scope& control);
   // One COM port, or one GPIB board with its included addresses, probed in order by one worker.
   struct SearchPort {
     std::int32_t rs232 = 0;  // COM port number; unused for a board
@@ -141,7 +141,7 @@ class Cvn73100PPSrchIO {
     std::string name;         // "COM2", "GPIB0"
     std::vector<std::string> addresses;
   };
-  void FindPorts(Cvn73100Scope& control);
+  void FindPorts(IPPCvn73100Scope& control);
   std::vector<SearchPort> PlanSearch() const;
   void ProbePort(const SearchPort& port, std::size_t index, const IIOManagerSource& io, SearchWorkers& workers) const;
   // Shows the workers' progress and lists what they found in port order until every port is done. A request to
@@ -171,7 +171,7 @@ class Cvn73100PPSrchIO {
   void CheckIncludeMasks() const;
 
   ISearchInstrumentsView& m_view;
-  Cvn73100Scope* m_control = nullptr;
+  IPPCvn73100Scope* m_control = nullptr;
   std::shared_ptr<CIOconfiguration> m_cioconfiguration;
   CQueryInstrument m_cqueryinstrument;
   std::int32_t m_lDiscoveryDelay = 0;

@@ -14,7 +14,7 @@ set_target_properties(cvn73100_designer PROPERTIES
   OUTPUT_NAME cvn73100scopewidgetplugin
   LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/designer
   AUTOMOC ON)
-target_link_libraries(cvn73100_designer PRIVATE cvn73100::qt cvn73100::io cvn73100::server Qt6::UiPlugin)
+target_link_libraries(cvn73100_designer PRIVATE cvn73100::qt cvn73100::io cvn73100::sim cvn73100::server Qt6::UiPlugin)
 
 # Installed under the prefix, in Qt's plugin folder relative to Qt's own prefix: with the prefix /usr
 # (as the packages have it) that is where Designer looks; elsewhere, QT_PLUGIN_PATH=<prefix>/<that folder>.

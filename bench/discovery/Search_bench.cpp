@@ -17,15 +17,16 @@
 #include <vector>
 
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 
 namespace {
 
@@ -64,14 +65,14 @@ double ProcessCpuSeconds() {
 void BM_DefaultSearch(benchmark::State& state) {
   auto manager = std::make_shared<io::IOManager>(
       io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "bench"));
-  auto bus = std::make_shared<io::SimulatedBus>();
+  auto bus = std::make_shared<sim::SimulatedBus>();
   bus->Attach(7, std::make_shared<sim::Instrument>());
   manager->SetSimulatedBus(0, bus);
   sim::Faults silent;
   silent.silent = true;
   for (int port = 1; port <= kSilentComPorts; ++port)
-    manager->SetSimulatedSerialInstrument(port,
-                                          std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0}));
+    manager->SetSimulatedSerialPort(port, std::make_shared<sim::SimulatedSerialPort>(
+                                              std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0})));
   Components::SetIOManagerFactory([manager] { return manager; });
 
   double wallMs = 0;
@@ -112,8 +113,8 @@ void BM_ParallelSilentPorts(benchmark::State& state) {
   sim::Faults silent;
   silent.silent = true;
   for (int port = 1; port <= ports; ++port)
-    manager->SetSimulatedSerialInstrument(port,
-                                          std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0}));
+    manager->SetSimulatedSerialPort(port, std::make_shared<sim::SimulatedSerialPort>(
+                                              std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0})));
   Components::SetIOManagerFactory([manager] { return manager; });
 
   double wallMs = 0;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
 #include "discovery/ISearchInstrumentsView.h"

@@ -10,7 +10,7 @@
 #include "cli/ConsoleHost.h"
 #include "cli/TextWidth.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"

@@ -1,4 +1,4 @@
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"

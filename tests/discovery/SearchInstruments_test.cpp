@@ -17,11 +17,12 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "platform/Interrupt.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
@@ -81,9 +82,9 @@ class SearchInstrumentsTest : public ::testing::Test {
     sim::Faults garbage, silent;
     garbage.garbage = true;
     silent.silent = true;
-    manager->SetSimulatedSerialInstrument(1, Make(kSupported));
-    manager->SetSimulatedSerialInstrument(2, Make(kSupported, garbage));
-    manager->SetSimulatedSerialInstrument(3, Make(kSupported, silent));
+    manager->SetSimulatedSerialPort(1, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported)));
+    manager->SetSimulatedSerialPort(2, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, garbage)));
+    manager->SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, silent)));
     Components::SetIOManagerFactory([m = manager] { return m; });
   }
   void TearDown() override {
@@ -128,7 +129,7 @@ class SearchInstrumentsTest : public ::testing::Test {
 
   test::ScriptedHost host;
   test::ScopedHost scopedHost{host};
-  std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager = std::make_shared<io::IOManager>(
       io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "test"));
   RecordingView view;
@@ -311,8 +312,8 @@ class MixedPortsTest : public SearchInstrumentsTest {
     manager->SetSimulatedBus(0, bus);
     sim::Faults garbage;
     garbage.garbage = true;
-    manager->SetSimulatedSerialInstrument(2, Make(kSupported, garbage));
-    manager->SetSimulatedSerialInstrument(3, Make(kSupported));
+    manager->SetSimulatedSerialPort(2, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, garbage)));
+    manager->SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported)));
     Components::SetIOManagerFactory([m = manager] { return m; });
   }
   void TearDown() override {

@@ -12,7 +12,7 @@
 #include "diagnostics/CDebug.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "setups/SetupsCvn73100Scope.h"
@@ -59,7 +59,7 @@ class Soak : public ::testing::Test {
  protected:
   void SetUp() override {
     auto manager = std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault());
-    auto bus = std::make_shared<io::SimulatedBus>();
+    auto bus = std::make_shared<sim::SimulatedBus>();
     bus->Attach(7, instrument);
     manager->SetSimulatedBus(0, bus);
     server::RegisterAutomationServer();

@@ -7,7 +7,7 @@
 
 #include "dialogs/FrmMessageOption.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "platform/Components.h"
 #include "platform/ScopeError.h"
 #include "tests/support/ScriptedHost.h"

@@ -7,9 +7,10 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/InstrumentIO.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
@@ -128,7 +129,7 @@ class Backends {
     standIn.attach(3, 7, 0, 0);
     bus->Attach(7, m_busInstrument);
     manager.SetSimulatedBus(0, bus);
-    manager.SetSimulatedSerialInstrument(3, m_serialInstrument);
+    manager.SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(m_serialInstrument));
   }
   ~Backends() { standIn.reset(); }
 
@@ -140,7 +141,7 @@ class Backends {
   }
 
   StandIn standIn;
-  std::shared_ptr<SimulatedBus> bus = std::make_shared<SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<sim::Instrument> m_busInstrument = std::make_shared<sim::Instrument>();
   std::shared_ptr<sim::Instrument> m_serialInstrument = std::make_shared<sim::Instrument>();
   sim::Instrument m_ptyInstrument;

@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"

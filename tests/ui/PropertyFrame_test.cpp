@@ -12,7 +12,7 @@
 #include <QTabWidget>
 #include <QTest>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "tests/ui/FrameTestSupport.h"
 #include "ui/Cvn73100ScopeWidget.h"

@@ -1,4 +1,4 @@
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 
 #include <algorithm>
 #include <cctype>
