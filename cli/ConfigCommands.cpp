@@ -46,16 +46,17 @@ bool SwitchValue(const std::string& word) {
 
 std::string OnOff(bool value) { return value ? "on" : "off"; }
 
+// The name of the language a country code selects, in the language of this run.
 std::string LanguageName(std::int32_t code) {
   switch (code) {
-    case Cvn73100_Language_English: return "English";
-    case Cvn73100_Language_French: return "French";
-    case Cvn73100_Language_Spanish: return "Spanish";
-    case Cvn73100_Language_Italian: return "Italian";
-    case Cvn73100_Language_German: return "German";
-    case Cvn73100_Language_Japanese: return "Japanese";
-    case Cvn73100_Language_Korean: return "Korean";
-    case Cvn73100_Language_Traditional_Chinese: return "Traditional Chinese";
+    case Cvn73100_Language_English: return CliText(CliMsg::LANGUAGE_ENGLISH);
+    case Cvn73100_Language_French: return CliText(CliMsg::LANGUAGE_FRENCH);
+    case Cvn73100_Language_Spanish: return CliText(CliMsg::LANGUAGE_SPANISH);
+    case Cvn73100_Language_Italian: return CliText(CliMsg::LANGUAGE_ITALIAN);
+    case Cvn73100_Language_German: return CliText(CliMsg::LANGUAGE_GERMAN);
+    case Cvn73100_Language_Japanese: return CliText(CliMsg::LANGUAGE_JAPANESE);
+    case Cvn73100_Language_Korean: return CliText(CliMsg::LANGUAGE_KOREAN);
+    case Cvn73100_Language_Traditional_Chinese: return CliText(CliMsg::LANGUAGE_TRADITIONAL_CHINESE);
     default: return "?";
   }
 }
