@@ -288,6 +288,14 @@ TEST_F(CliTest, FormLanguageSpeaksAndCountryOverridesForOneRun) {
     ++rows;
   }
   EXPECT_EQ(rows, 31) << table;
+  // The doctor's fix lines start under the subject however wide the translated verdicts are.
+  env["CVN73100_COM2"] = "/dev/cvn-none";
+  const std::string doctor = Run({"--country", "81", "doctor"}).out;
+  const std::string verdict = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_PROBLEM) + "  COM2: ";
+  const std::string fix = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_FIX);
+  EXPECT_TRUE(Contains(doctor, verdict + "/dev/cvn-none")) << doctor;
+  EXPECT_TRUE(Contains(doctor, "\n" + std::string(DisplayWidth(verdict) - 6, ' ') + fix.substr(0, fix.find("{1}")))) << doctor;
+  EXPECT_TRUE(Contains(Run({"config", "show"}).out, "49 (" + Messages::LoadIn(Messages::GERMAN, CliMsg::LANGUAGE_GERMAN) + ")"));
 }
 
 // --- config: each change reaches the form and shows in the next process ---
