@@ -40,6 +40,16 @@ void SpeakTheRunLanguage(CLI::App& app) {
   });
 }
 
+// CLI11 gives every command's own help flags the group "Options", whatever the defaults say; they belong
+// with the command's other options.
+void GroupHelpFlags(CLI::App& app, const std::string& group) {
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+    for (const char* name : {"--help", "--help-all"})
+      if (CLI::Option* flag = command->get_option_no_throw(name)) flag->group(group);
+    GroupHelpFlags(*command, group);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -76,6 +86,7 @@ int main(int argc, char** argv) {
   std::string shell;
   completion->add_option("SHELL", shell, CliText(CliMsg::SHELL_ARGUMENT))->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
   completion->callback([&] { context.out << CompletionScript(app, shell); });
+  GroupHelpFlags(app, CliText(CliMsg::LABEL_OPTIONS));
 
   // The simulated instruments keep their settings between commands; the demo starts from its own.
   std::optional<SimulatorState> simulator;

@@ -275,6 +275,7 @@ TEST_F(CliTest, FormLanguageSpeaksAndCountryOverridesForOneRun) {
   const std::string help = Run({"--country", "886", "config", "--help"}).out;
   EXPECT_TRUE(Contains(help, Messages::LoadIn(Messages::TRADITIONAL_CHINESE, CliMsg::LABEL_USAGE) + ":")) << help;
   EXPECT_TRUE(Contains(help, Messages::LoadIn(Messages::TRADITIONAL_CHINESE, CliMsg::CONFIG_SHOW_COMMAND))) << help;
+  EXPECT_FALSE(Contains(help, "Options:")) << help;  // the help flags too stand under the translated heading
   // The Traditional Chinese search table: every row's address starts in the column of its heading.
   const std::string table = Run({"--country", "886", "search", "--all"}).out;
   const std::string heading = Messages::LoadIn(Messages::TRADITIONAL_CHINESE, 203);
