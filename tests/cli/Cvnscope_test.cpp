@@ -236,7 +236,7 @@ TEST_F(CliTest, CtrlCStopsTheSearchWithTheRowsFoundSoFar) {
   env["CVN73100_COM1"] = silent.Path();
   for (const char* mode : {"--parallel", "--all"}) {
     SCOPED_TRACE(mode);
-    interruptAfter = std::chrono::milliseconds(1500);
+    interruptAfter = std::chrono::milliseconds(2000);
     const RunResult r = Run({"search", mode});
     EXPECT_EQ(r.status, 130) << r.err;
     EXPECT_LT(r.sinceInterrupt, std::chrono::milliseconds(500)) << "well before the silent port's reply limit";
