@@ -315,6 +315,13 @@ def main():
             f"{e['wall_ms']:.0f} ms / {e['mandated_ms']:.0f} ms", f"{bdir}/bench/discovery/discovery_bench")
         add("CPU", "Default search: process CPU time / wall time", e["cpu_share"], "< 0.05", "",
             f"{bdir}/bench/discovery/discovery_bench")
+        one = search.pick(r"^BM_ParallelSilentPorts/ports:1")
+        four = search.pick(r"^BM_ParallelSilentPorts/ports:4")
+        add("Search", "Parallel search of four silent COM ports: wall time / that of one silent port",
+            four["wall_ms"] / one["wall_ms"], "<= 1.1", f"{four['wall_ms']:.0f} ms / {one['wall_ms']:.0f} ms",
+            f"{bdir}/bench/discovery/discovery_bench --benchmark_filter=BM_ParallelSilentPorts")
+        add("CPU", "Parallel search of four silent COM ports: process CPU time / wall time", four["cpu_share"],
+            "< 0.05", "", f"{bdir}/bench/discovery/discovery_bench --benchmark_filter=BM_ParallelSilentPorts")
 
     # --- CPU while waiting. ---
     if iolib:

@@ -14,7 +14,7 @@
 #include "cli/OutputFile.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
 
 namespace cvn73100 {

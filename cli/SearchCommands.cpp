@@ -9,8 +9,9 @@
 #include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
+#include "cli/StopOnSignal.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"
@@ -111,6 +112,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
     bool excludeSilent = false;
     bool keepSilent = false;
     bool all = false;
+    bool parallel = false;
   };
   auto options = std::make_shared<Options>();
   auto* search = app.add_subcommand(
@@ -123,6 +125,9 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
                                 "Keep every COM port in future searches (the default without a terminal)");
   exclude->excludes(keep);
   search->add_flag("--all", options->all, "Also list the GPIB addresses that did not answer");
+  search->add_flag("--parallel", options->parallel,
+                   "Probe every COM port and GPIB board at the same time (the table is the same; Ctrl-C stops "
+                   "either search and prints the rows found so far)");
   search->callback([&context, options] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
@@ -133,7 +138,25 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
     context.host.SetQuiet(context.json);
     context.host.ClearRecord();
     Cvn73100PPSrchIO page(view);
-    RunSearch(page, control);
+    page.SetParallelSearch(options->parallel);
+    try {
+      const StopOnSignal stopOnSignal;
+      RunSearch(page, control);
+    } catch (const Interrupted&) {
+      // Stopped: the rows so far are shown; nothing reaches the form or the table `use` reads.
+      page.PropertyPage_Terminate();
+      const std::vector<TableRow> table = TableRows(page.Rows(), options->all);
+      if (context.json) {
+        json rows = json::array();
+        for (const auto& entry : table) rows.push_back(RowJson(entry));
+        context.out << json{{"rows", rows}, {"stopped", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      } else {
+        PrintSearchTable(context.out, table, 0, true);
+        context.err << "Search stopped.\n";
+      }
+      context.exitStatus = 128 + (StopOnSignal::Received() != 0 ? StopOnSignal::Received() : SIGINT);
+      return;
+    }
     // As OK on the property frame: the ports found and the exclusions go to the control; the address stays
     // unless this is the control's first search (`use` changes it).
     page.PropertyPage_ApplyChanges();

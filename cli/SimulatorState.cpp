@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "iolib/BoardMap.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/AtomicFile.h"
 #include "simulator/Instrument.h"
 #include "simulator/LearnString.h"
@@ -21,7 +21,7 @@ void ForEachSimulated(const std::function<void(sim::Instrument&, const std::stri
   const io::BoardMap map = io::BoardMap::Load();
   for (int board = 0; board < 4; ++board) {
     if (map.Gpib(board).kind != io::BoardMap::GpibKind::Simulated) continue;
-    const auto bus = io::SimulatedBus::Shared(board);
+    const auto bus = sim::SimulatedBus::Shared(board);
     for (int address : bus->Listeners()) {
       if (const auto instrument = bus->Listener(address)) {
         visit(*instrument, "GPIB" + std::to_string(board) + "-" + std::to_string(address) + ".cvls");

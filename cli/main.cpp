@@ -12,6 +12,7 @@
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 
 using namespace cvn73100;
 
@@ -63,8 +64,10 @@ int main(int argc, char** argv) {
         simulator.reset();
       });
 
-  // The control's separate components: the I/O library and the automation server of the 73100 family.
+  // The control's separate components: the I/O library with the simulated instruments as one of its backends,
+  // and the automation server of the 73100 family.
   io::RegisterIOLibrary();
+  sim::RegisterBackend();
   server::RegisterAutomationServer();
   Host::SetCurrent(&context.host);
   app.parse_complete_callback([&] {

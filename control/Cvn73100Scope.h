@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "control/IPPCvn73100Scope.h"
+#include "connection/IPPCvn73100Scope.h"
 #include "platform/AutomationServer.h"
 #include "platform/Enumerations.h"
 #include "platform/Event.h"
@@ -27,7 +27,7 @@ class SetupsCvn73100Scope;
 // Construction needs the I/O library and the automation server registered with Components (both
 // raise when missing). Property changes are announced through Host::Current().PropertyChanged,
 // except while the control initialises or reads its saved properties: loading a form is no change.
-class Cvn73100Scope : public IIOManagerSource, public IPPCvn73100Scope {
+class Cvn73100Scope : public IPPCvn73100Scope {
  public:
   static constexpr const char* CLASS_NAME = "Cvn73100Scope";
   static constexpr const char* DEFAULT_ADDRESS = "GPIB0::7::INSTR";
@@ -58,15 +58,15 @@ class Cvn73100Scope : public IIOManagerSource, public IPPCvn73100Scope {
   Cvn73100_CountryCode CountryCode() const { return static_cast<Cvn73100_CountryCode>(m_lCountryCode); }
   void SetCountryCode(std::int32_t countryCode);
   // Identity string of the instrument at the active address (kept in the I/O configuration).
-  const std::string& AddressInstrumentID() const;
-  void SetAddressInstrumentID(const std::string& value);
+  const std::string& AddressInstrumentID() const override;
+  void SetAddressInstrumentID(const std::string& value) override;
   // The I/O configuration's search settings in its six-array form (CIOconfiguration::DataAsVariant).
   // Set raises what SetDataAsVariant raises and then changes nothing.
   Variant SearchCriteria() const;
   void SetSearchCriteria(const Variant& value);
   // The canonical active address. Set parses the text (an invalid one raises -2147221124 and changes
   // nothing), hands the connection the automation-server form, clears AddressInstrumentID.
-  const std::string& Address() const;
+  const std::string& Address() const override;
   void SetAddress(const std::string& address);
   // Opens the connection on the active address; failures reach the caller.
   void Initialize();
@@ -79,14 +79,14 @@ class Cvn73100Scope : public IIOManagerSource, public IPPCvn73100Scope {
   // value raises -2147221124 with message 107 as description.
   void ShowPropertyPages(std::int16_t pages = Cvn73100_ShowPropertyPage_Default);
   // The connection's TX delay (ms); a negative value raises -2147221124.
-  std::int32_t TXDelay() const;
+  std::int32_t TXDelay() const override;
   void SetTXDelay(std::int32_t delay);
-  const std::string& FontName() const { return m_strFontName; }
+  const std::string& FontName() const override { return m_strFontName; }
   void SetFontName(const std::string& fontName);
-  std::int16_t FontSize() const { return m_iFontSize; }
+  std::int16_t FontSize() const override { return m_iFontSize; }
   void SetFontSize(std::int16_t fontSize);
   // Null only after Terminate.
-  std::shared_ptr<SetupsCvn73100Scope> Setups() const { return m_setups; }
+  std::shared_ptr<SetupsCvn73100Scope> Setups() const override { return m_setups; }
   void AboutBox();
 
   // The automation server's sub-objects, through the connection (which connects first in user mode).
@@ -151,7 +151,7 @@ class Cvn73100Scope : public IIOManagerSource, public IPPCvn73100Scope {
   const std::vector<std::string>& PropertyPages() const { return m_astrPropertyPages; }
   // The control's own I/O configuration and connection, for its pages.
   std::shared_ptr<CIOconfiguration> IOConfiguration() const { return m_cioconfiguration; }
-  std::shared_ptr<CCvn73100EZ> Connection() const { return m_ccvn73100ez; }
+  std::shared_ptr<CCvn73100EZ> Connection() const override { return m_ccvn73100ez; }
   const std::string& HelpFile() const { return m_strHelpFile; }
   // The control's version, as the About box shows it.
   static std::string Version();

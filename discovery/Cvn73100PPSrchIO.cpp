@@ -4,14 +4,16 @@
 #include <cctype>
 #include <exception>
 
-#include "control/AutoCenter.h"
-#include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
+#include "connection/IPPCvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "discovery/FrmSearchResults.h"
+#include "discovery/SearchWorkers.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "ioconfig/IOConfigurationConstants.h"
 #include "ioconfig/ModIsHandshakeOK.h"
+#include "platform/Interrupt.h"
 
 namespace cvn73100 {
 namespace {
@@ -67,12 +69,12 @@ std::string Cvn73100PPSrchIO::SearchCaption() { return Msg(207); }
 
 // --- Binding ---
 
-Cvn73100Scope* Cvn73100PPSrchIO::SelectedControl(const char* procedure) const {
+IPPCvn73100Scope* Cvn73100PPSrchIO::SelectedControl(const char* procedure) const {
   Check(m_control != nullptr, "(Not (PropertyPage.SelectedControls(0) Is Nothing))", procedure);
   return m_control;
 }
 
-void Cvn73100PPSrchIO::TakeControlConfiguration(Cvn73100Scope& control) {
+void Cvn73100PPSrchIO::TakeControlConfiguration(IPPCvn73100Scope& control) {
   const IPPCvn73100Scope& ipp = control;
   m_cioconfiguration = ipp.IOConfigurationPropertyPage();
   m_lTXDelay = control.TXDelay();
@@ -80,7 +82,7 @@ void Cvn73100PPSrchIO::TakeControlConfiguration(Cvn73100Scope& control) {
   m_strKnownAddress = ipp.IOConfigurationControl()->ActiveAddressString();
 }
 
-void Cvn73100PPSrchIO::PropertyPage_SelectionChanged(Cvn73100Scope* control) {
+void Cvn73100PPSrchIO::PropertyPage_SelectionChanged(IPPCvn73100Scope* control) {
   m_control = control;
   if (!SelectedControl("PropertyPage_SelectionChanged")) return;
   TakeControlConfiguration(*control);
@@ -223,79 +225,147 @@ std::int32_t Cvn73100PPSrchIO::ProbeCount() const {
   return count;
 }
 
-void Cvn73100PPSrchIO::FindPorts(Cvn73100Scope& control) {
+void Cvn73100PPSrchIO::FindPorts(IPPCvn73100Scope& control) {
   SetWorking(Msg(208));
   Busy();
   m_cioconfiguration->FindAll(control);
 }
 
-void Cvn73100PPSrchIO::ShowPortNotOpened(const std::string& address) {
-  const std::string prompt = CQueryInstrument::AppendAddressAt(Msg(241), address) + NL + NL + Msg(242) + NL + Msg(243);
+void Cvn73100PPSrchIO::ShowPortNotOpened(const std::string& address, const std::string& cause) {
+  std::string prompt = CQueryInstrument::AppendAddressAt(Msg(241), address);
+  if (!cause.empty()) prompt += std::string(NL) + NL + cause;
+  prompt += std::string(NL) + NL + Msg(242) + NL + Msg(243);
   AutoCenter::MsgBoxAutoCenter(m_view.Window(), prompt, PORT_BOX_STYLE, Msg(207));
 }
 
-void Cvn73100PPSrchIO::SearchRS232(Cvn73100Scope& control, std::int32_t& step, std::int32_t total) {
+std::vector<Cvn73100PPSrchIO::SearchPort> Cvn73100PPSrchIO::PlanSearch() const {
+  std::vector<SearchPort> ports;
   for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port) {
-    Busy();
     if (!m_cioconfiguration->RS232PortInstalled(port) || !m_cioconfiguration->RS232PortIncluded(port)) continue;
+    const std::string name = m_cioconfiguration->RS232PortString(port);
+    ports.push_back(SearchPort{port, -1, name, {name}});
+  }
+  for (std::int32_t board = GPIB_PORT::First; board <= GPIB_PORT::Last; ++board) {
+    if (!m_cioconfiguration->GPIBPortInstalled(board) || !m_cioconfiguration->GPIBPortIncluded(board)) continue;
+    SearchPort port{0, board, m_cioconfiguration->GPIBPortString(board), {}};
+    for (std::int32_t a = SEARCH_CRITERIA::FIRST_GPIB_INCLUDE; a <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE; ++a)
+      if (m_cioconfiguration->GPIBPortIncludes(board, a))
+        port.addresses.push_back(port.name + ADDRESS_SEPARATOR + std::to_string(a) + ADDRESS_SEPARATOR + RESOURCE_CLASS);
+    ports.push_back(std::move(port));
+  }
+  return ports;
+}
 
-    SetWorking(RS232_PREFIX + std::to_string(port));
-    m_view.ShowProgress(step, total);
-    if (m_cioconfiguration->FindRS232Port(port, control)) {
-      const std::string address = m_cioconfiguration->RS232PortString(port);
-      std::string reply;
-      const std::int16_t code = m_cqueryinstrument.RS232IDNQuery(address, reply);
-      if (IsListedRS232Code(code)) {
-        m_abFoundOnCOM[static_cast<std::size_t>(port - RS232_PORT::First)] = true;
-        AddInstrumentToList(reply, address, -1);
-        ShowList();
-        Refresh();
-      } else if (code != IDNNoResponse) {
-        Check(false, "False", "Click");
-        throw ScopeError(ObjectError(ERR_INVALID_PROPERTY_VALUE), Msg(104),
-                         CQueryInstrument::AppendAddressAt(Msg(109), address));
-      }
-    } else {
-      ShowPortNotOpened(m_cioconfiguration->RS232PortString(port));
-    }
-    ++step;
+// Runs on a worker: reports to `workers` only, never to the view.
+void Cvn73100PPSrchIO::ProbePort(const SearchPort& port, std::size_t index, const IIOManagerSource& io,
+                                 SearchWorkers& workers) const {
+  const auto report = [&](SearchEvent::Kind kind, const std::string& address) {
+    SearchEvent event;
+    event.kind = kind;
+    event.port = index;
+    event.address = address;
+    return event;
+  };
+  CQueryInstrument query;
+  query.Initialize(m_lTXDelay, m_cioconfiguration, io.IOManager());
+  const bool gpib = port.board >= 0;
+  if (!gpib) workers.Report(report(SearchEvent::Kind::Starting, port.name));
+  if (!(gpib ? m_cioconfiguration->FindGPIBPort(port.board, io) : m_cioconfiguration->FindRS232Port(port.rs232, io))) {
+    SearchEvent event = report(SearchEvent::Kind::NotOpened, port.name);
+    if (!port.addresses.empty()) event.cause = query.WhyNotOpened(port.addresses.front());
+    workers.Report(std::move(event));
+    return;
+  }
+  for (const std::string& address : port.addresses) {
+    if (gpib) workers.Report(report(SearchEvent::Kind::Starting, address));
+    SearchEvent event = report(SearchEvent::Kind::Probed, address);
+    event.code = gpib ? query.GPIBIDNQuery(address, event.reply) : query.RS232IDNQuery(address, event.reply);
+    workers.Report(std::move(event));
   }
 }
 
-void Cvn73100PPSrchIO::SearchGPIB(Cvn73100Scope& control, std::int32_t& step, std::int32_t total) {
-  for (std::int32_t board = GPIB_PORT::First; board <= GPIB_PORT::Last; ++board) {
-    if (!m_cioconfiguration->GPIBPortInstalled(board) || !m_cioconfiguration->GPIBPortIncluded(board)) continue;
-
-    if (!m_cioconfiguration->FindGPIBPort(board, control)) {
-      ShowPortNotOpened(m_cioconfiguration->GPIBPortString(board));
-      for (std::int32_t a = SEARCH_CRITERIA::FIRST_GPIB_INCLUDE; a <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE; ++a)
-        if (m_cioconfiguration->GPIBPortIncludes(board, a)) ++step;
-      continue;
-    }
-    for (std::int32_t a = SEARCH_CRITERIA::FIRST_GPIB_INCLUDE; a <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE; ++a) {
-      if (!m_cioconfiguration->GPIBPortIncludes(board, a)) continue;
-      const std::string address = GPIB_PREFIX + std::to_string(board) + ADDRESS_SEPARATOR + std::to_string(a) +
-                                  ADDRESS_SEPARATOR + RESOURCE_CLASS;
-      SetWorking(address);
-      m_view.ShowProgress(step, total);
-      std::string reply;
-      const std::int16_t code = m_cqueryinstrument.GPIBIDNQuery(address, reply);
-      // A silent address is listed too (with "Unknown" fields), unlike a silent COM port.
-      if (!IsListedGPIBCode(code)) {
-        Check(false, "False", "Click");
-        throw ScopeError(ObjectError(ERR_INVALID_PROPERTY_VALUE), Msg(104),
-                         CQueryInstrument::AppendAddressAt(Msg(110), address));
+void Cvn73100PPSrchIO::FollowSearch(const std::vector<SearchPort>& ports, SearchWorkers& workers, std::int32_t total) {
+  std::vector<std::vector<SearchEvent>> pending(ports.size());
+  std::vector<std::string> inFlight(ports.size());
+  std::size_t merged = 0;  // ports whose every report is in the list
+  std::int32_t step = 0;
+  const auto take = [&](std::vector<SearchEvent> events) {
+    for (SearchEvent& event : events) {
+      const std::size_t i = event.port;
+      switch (event.kind) {
+        case SearchEvent::Kind::Starting:
+          inFlight[i] = event.address;
+          ShowInFlight(inFlight);
+          m_view.ShowProgress(step, total);
+          continue;
+        case SearchEvent::Kind::Probed: ++step; break;
+        case SearchEvent::Kind::NotOpened: step += static_cast<std::int32_t>(ports[i].addresses.size()); break;
+        case SearchEvent::Kind::Ended: inFlight[i].clear(); break;
       }
-      AddInstrumentToList(reply, address, -1);
-      ShowList();
+      pending[i].push_back(std::move(event));
+    }
+  };
+  try {
+    while (merged < ports.size()) {
+      take(workers.Collect(Interrupt::kPollInterval));
+      // Rows appear in the order of a search of one port after another, whichever port answers first.
+      while (merged < ports.size()) {
+        const bool ended = MergePort(ports[merged], pending[merged], false);
+        pending[merged].clear();
+        if (!ended) break;
+        ++merged;
+      }
       Refresh();
-      ++step;
+      Interrupt::Check();
+    }
+  } catch (const Interrupted&) {
+    workers.Stop();
+    take(workers.Collect(std::chrono::milliseconds(0)));
+    for (std::size_t i = merged; i < ports.size(); ++i) MergePort(ports[i], pending[i], true);
+    throw;
+  }
+}
+
+bool Cvn73100PPSrchIO::MergePort(const SearchPort& port, const std::vector<SearchEvent>& events, bool stopped) {
+  const bool gpib = port.board >= 0;
+  bool ended = false;
+  for (const SearchEvent& event : events) {
+    switch (event.kind) {
+      case SearchEvent::Kind::Starting: break;
+      case SearchEvent::Kind::NotOpened:
+        if (!gpib) m_abPresentCOM[static_cast<std::size_t>(port.rs232 - RS232_PORT::First)] = false;
+        if (!stopped) ShowPortNotOpened(event.address, event.cause);
+        break;
+      case SearchEvent::Kind::Probed:
+        // A silent GPIB address is listed too (with "Unknown" fields), unlike a silent COM port.
+        if (gpib ? IsListedGPIBCode(event.code) : IsListedRS232Code(event.code)) {
+          if (!gpib) m_abFoundOnCOM[static_cast<std::size_t>(port.rs232 - RS232_PORT::First)] = true;
+          AddInstrumentToList(event.reply, event.address, -1);
+          ShowList();
+        } else if ((gpib || event.code != IDNNoResponse) && !stopped) {
+          Check(false, "False", "Click");
+          throw ScopeError(ObjectError(ERR_INVALID_PROPERTY_VALUE), Msg(104),
+                           CQueryInstrument::AppendAddressAt(Msg(gpib ? 110 : 109), event.address));
+        }
+        break;
+      case SearchEvent::Kind::Ended:
+        if (event.failure && !stopped) std::rethrow_exception(event.failure);
+        ended = true;
+        break;
     }
   }
+  return ended;
+}
+
+void Cvn73100PPSrchIO::ShowInFlight(const std::vector<std::string>& addresses) {
+  std::string text;
+  for (const std::string& address : addresses)
+    if (!address.empty()) text += (text.empty() ? "" : ", ") + address;
+  SetWorking(text);
 }
 
 void Cvn73100PPSrchIO::Search_Click() {
-  Cvn73100Scope* control = SelectedControl("Search_Click");
+  IPPCvn73100Scope* control = SelectedControl("Search_Click");
   if (!control || !Bound() || m_bSearching) return;
 
   // However the search ends, the page leaves the searching state and the hourglass.
@@ -322,11 +392,28 @@ void Cvn73100PPSrchIO::Search_Click() {
 
   m_lTXDelay = control->TXDelay();
   m_cqueryinstrument.Initialize(m_lTXDelay, m_cioconfiguration, control->IOManager());
+  for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port)
+    m_abPresentCOM[static_cast<std::size_t>(port - RS232_PORT::First)] = m_cioconfiguration->RS232PortInstalled(port);
 
+  const std::vector<SearchPort> ports = PlanSearch();
   const std::int32_t total = ProbeCount();
-  std::int32_t step = 0;
-  SearchRS232(*control, step, total);
-  SearchGPIB(*control, step, total);
+  {
+    // The workers take turns at the control's I/O manager, which serves one thread at a time.
+    const std::shared_ptr<IIOManager> manager = control->IOManager();
+    const auto shared = manager ? std::make_shared<SharedIOManager>(manager) : nullptr;
+    const IIOManagerSource& io = shared ? static_cast<const IIOManagerSource&>(*shared) : *control;
+    SearchWorkers workers(ports.size(), m_bParallel ? ports.size() : 1,
+                          [&](std::size_t i, SearchWorkers& w) { ProbePort(ports[i], i, io, w); });
+    try {
+      FollowSearch(ports, workers, total);
+    } catch (const Interrupted&) {
+      // A stopped search keeps the rows found so far and offers nothing to apply.
+      m_view.ShowProgress(total, total);
+      SetWorking("");
+      ShowList();
+      throw;
+    }
+  }
   m_view.ShowProgress(total, total);
   SetWorking("");
 
@@ -359,13 +446,15 @@ void Cvn73100PPSrchIO::Search_Click() {
   m_bSearching = false;
   SetMousePointer(MOUSE_POINTER_DEFAULT);
 
-  if (std::find(m_abFoundOnCOM.begin(), m_abFoundOnCOM.end(), false) != m_abFoundOnCOM.end()) OfferExclusions();
+  for (std::size_t i = 0; i < m_abFoundOnCOM.size(); ++i)
+    if (m_abPresentCOM[i] && !m_abFoundOnCOM[i]) return OfferExclusions();
 }
 
 void Cvn73100PPSrchIO::OfferExclusions() {
   FrmSearchResults dialog;
   for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i) {
     dialog.SetInstrumentFoundOnCOMPort(i, m_abFoundOnCOM[static_cast<std::size_t>(i)]);
+    dialog.SetCOMPortPresent(i, m_abPresentCOM[static_cast<std::size_t>(i)]);
     dialog.SetIncludedCOMPort(i, m_cioconfiguration->RS232PortIncluded(i + RS232_PORT::First));
   }
   dialog.Update();
@@ -387,7 +476,7 @@ void Cvn73100PPSrchIO::OfferExclusions() {
 // --- Test ---
 
 void Cvn73100PPSrchIO::Test_Click() {
-  Cvn73100Scope* control = SelectedControl("Test_Click");
+  IPPCvn73100Scope* control = SelectedControl("Test_Click");
   if (!control || !Bound() || m_bSearching || m_rows.empty()) return;
   const std::int32_t index = m_lSelectedIndex;
   if (index < 1 || index > static_cast<std::int32_t>(m_rows.size())) return;
@@ -419,7 +508,7 @@ void Cvn73100PPSrchIO::Test_Click() {
 
 void Cvn73100PPSrchIO::PropertyPage_ApplyChanges() {
   CDebug::Instance().Trace("", CLASS_NAME, "PropertyPage_ApplyChanges", "Start");
-  Cvn73100Scope* control = SelectedControl("PropertyPage_ApplyChanges");
+  IPPCvn73100Scope* control = SelectedControl("PropertyPage_ApplyChanges");
   if (!control || !Bound() || m_bSearching) return;
   IPPCvn73100Scope& ipp = *control;
   if (ipp.SearchIOExists() || ipp.SearchCriteriaExists() || ipp.SetIOExists() || ipp.SetupsExists()) return;
@@ -476,7 +565,7 @@ void Cvn73100PPSrchIO::CheckIncludeMasks() const {
 }
 
 void Cvn73100PPSrchIO::TimerIdleProcessing_Timer() {
-  Cvn73100Scope* control = SelectedControl("TimerIdleProcessing_Timer");
+  IPPCvn73100Scope* control = SelectedControl("TimerIdleProcessing_Timer");
   if (!control || !Bound() || m_bSearching) return;
   CheckIncludeMasks();
 

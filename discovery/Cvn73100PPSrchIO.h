@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/ISearchInstrumentsView.h"
+#include "discovery/SearchWorkers.h"
 
 namespace cvn73100 {
 
 class CIOconfiguration;
-class Cvn73100Scope;
+class IPPCvn73100Scope;
 
 // The "Search Instruments" property page: finds every instrument that answers "*IDN?" on the COM ports
 // and GPIB interfaces the I/O configuration includes, lists them, tests one address, and hands the
@@ -25,8 +26,10 @@ class Cvn73100Scope;
 //   page.Search_Click();                      // long: progress through the view, Host::ProcessEvents
 //   page.ListViewInstruments_ItemClick(row);  // optional: choose another row
 //   page.PropertyPage_ApplyChanges();         // the chosen row becomes the control's address
-// Everything runs on the caller's thread. While a search runs, the page ignores a second Search, Test
-// and Apply that the host's event processing may deliver.
+// The view is called on the caller's thread only. A search probes its ports on worker threads (one, or one per
+// port with ParallelSearch) while the caller's thread shows their progress and lets the host process its events
+// at least every 50 ms. While a search runs, the page ignores a second Search, Test and Apply that the host's
+// event processing may deliver.
 //
 // Broken invariants are reported to CDebug with class "Cvn73100PPSrchIO" and execution goes on.
 class Cvn73100PPSrchIO {
@@ -57,7 +60,7 @@ class Cvn73100PPSrchIO {
   // working copy of its I/O configuration, the query initialised with its TXDelay and IOManager, and
   // its InitialSearchMode as the first-search flag (the first search then offers row 1 for Apply when
   // no row is connected). A null control is reported and leaves the page unbound.
-  void PropertyPage_SelectionChanged(Cvn73100Scope* control);
+  void PropertyPage_SelectionChanged(IPPCvn73100Scope* control);
   // Hands the selected row's address (its reply becoming AddressInstrumentID) and the working I/O
   // configuration to the control, then runs the RS-232 handshake check for the result. Does nothing
   // while any of the control's page flags SearchIOExists, SearchCriteriaExists, SetIOExists and
@@ -70,6 +73,8 @@ class Cvn73100PPSrchIO {
   // Searches every included port; the list, the connected row and the texts show the outcome. An
   // unexpected query code raises error 380 (description message 109 or 110 with the address) and
   // ends the search; a failure of the I/O configuration or the channel set-up also ends it.
+  // A check of Interrupt that says stop ends the search within about 100 ms with Interrupted: the rows
+  // found so far stay listed, nothing is selected, marked or offered for Apply.
   void Search_Click();
   // Queries the selected row's address again with the query's Test (its message box included) and
   // lists the row anew from the reply.
@@ -107,6 +112,9 @@ class Cvn73100PPSrchIO {
   bool TimerEnabled(SearchPageTimer timer) const;
   // Time spent waiting for the binding (ms).
   std::int32_t DiscoveryDelay() const { return m_lDiscoveryDelay; }
+  // Whether a search probes each COM port and each GPIB board on a thread of its own (the list is the same).
+  bool ParallelSearch() const { return m_bParallel; }
+  void SetParallelSearch(bool parallel) { m_bParallel = parallel; }
   // From the last search: whether COM1..COM4 (index 0..3) gave a reply.
   const std::array<bool, 4>& InstrumentFoundOnCOM() const { return m_abFoundOnCOM; }
   // The working copy of the control's I/O configuration; null until bound.
@@ -123,14 +131,28 @@ class Cvn73100PPSrchIO {
 
  private:
   // The control, after reporting the broken invariants a page event checks; null when unbound.
-  Cvn73100Scope* SelectedControl(const char* procedure) const;
+  IPPCvn73100Scope* SelectedControl(const char* procedure) const;
   // Makes a fresh working copy of the control's I/O configuration and hands it to the query.
-  void TakeControlConfiguration(Cvn73100Scope& control);
-  void FindPorts(Cvn73100Scope& control);
-  void SearchRS232(Cvn73100Scope& control, std::int32_t& step, std::int32_t total);
-  void SearchGPIB(Cvn73100Scope& control, std::int32_t& step, std::int32_t total);
+  void TakeControlConfiguration(IPPCvn73100Scope& control);
+  // One COM port, or one GPIB board with its included addresses, probed in order by one worker.
+  struct SearchPort {
+    std::int32_t rs232 = 0;  // COM port number; unused for a board
+    std::int32_t board = -1;  // GPIB board number, -1 for a COM port
+    std::string name;         // "COM2", "GPIB0"
+    std::vector<std::string> addresses;
+  };
+  void FindPorts(IPPCvn73100Scope& control);
+  std::vector<SearchPort> PlanSearch() const;
+  void ProbePort(const SearchPort& port, std::size_t index, const IIOManagerSource& io, SearchWorkers& workers) const;
+  // Shows the workers' progress and lists what they found in port order until every port is done. A request to
+  // stop (Interrupted) stops the workers, lists what they found so far and passes on.
+  void FollowSearch(const std::vector<SearchPort>& ports, SearchWorkers& workers, std::int32_t total);
+  // Lists `events` of `port`; true once the port ended. A port's failure or an unexpected query code raises,
+  // unless the search was `stopped`: then only rows are listed.
+  bool MergePort(const SearchPort& port, const std::vector<SearchEvent>& events, bool stopped);
+  void ShowInFlight(const std::vector<std::string>& addresses);
   std::int32_t ProbeCount() const;
-  void ShowPortNotOpened(const std::string& address);
+  void ShowPortNotOpened(const std::string& address, const std::string& cause);
   void OfferExclusions();
   // The first row whose address is a prefix of `activeAddress`, or -1.
   std::int32_t FindConnectedRow(const std::string& activeAddress) const;
@@ -149,7 +171,7 @@ class Cvn73100PPSrchIO {
   void CheckIncludeMasks() const;
 
   ISearchInstrumentsView& m_view;
-  Cvn73100Scope* m_control = nullptr;
+  IPPCvn73100Scope* m_control = nullptr;
   std::shared_ptr<CIOconfiguration> m_cioconfiguration;
   CQueryInstrument m_cqueryinstrument;
   std::int32_t m_lDiscoveryDelay = 0;
@@ -157,6 +179,9 @@ class Cvn73100PPSrchIO {
   std::int32_t m_lTXDelay = CQueryInstrument::DEFAULT_TX_DELAY;
   bool m_bFirstSearch = false;
   std::array<bool, 4> m_abFoundOnCOM{};
+  // From the last search: whether each COM port's device is there (the results dialog names only those).
+  std::array<bool, 4> m_abPresentCOM{};
+  bool m_bParallel = false;
   // The control's address when the page last looked, to notice a change made elsewhere.
   std::string m_strKnownAddress;
 

@@ -29,6 +29,8 @@ bool FrmSearchResults::InstrumentFoundOnCOMPort(std::int32_t index) const { retu
 void FrmSearchResults::SetInstrumentFoundOnCOMPort(std::int32_t index, bool value) {
   m_abInstrumentFound[Slot(index)] = value;
 }
+bool FrmSearchResults::COMPortPresent(std::int32_t index) const { return m_abPresent[Slot(index)]; }
+void FrmSearchResults::SetCOMPortPresent(std::int32_t index, bool value) { m_abPresent[Slot(index)] = value; }
 bool FrmSearchResults::IncludedCOMPort(std::int32_t index) const { return m_abIncluded[Slot(index)]; }
 void FrmSearchResults::SetIncludedCOMPort(std::int32_t index, bool value) { m_abIncluded[Slot(index)] = value; }
 bool FrmSearchResults::CheckEnabled(std::int32_t index) const { return m_abCheckEnabled[Slot(index)]; }
@@ -48,7 +50,7 @@ void FrmSearchResults::Update() {
 
   m_strExplanation = Messages::Load(261);
   for (std::int32_t i = 0; i < COM_PORT_COUNT; ++i) {
-    if (!m_abInstrumentFound[Slot(i)]) m_strExplanation += std::string(NL) + IND + CheckCaption(i);
+    if (Offered(i)) m_strExplanation += std::string(NL) + IND + CheckCaption(i);
   }
   m_strExplanation += std::string(NL) + NL + Messages::Load(262) + NL + NL + Messages::Load(263);
 
@@ -56,9 +58,13 @@ void FrmSearchResults::Update() {
 
   for (std::int32_t i = 0; i < COM_PORT_COUNT; ++i) {
     const std::size_t slot = Slot(i);
-    m_abCheckEnabled[slot] = !m_abInstrumentFound[slot];
+    m_abCheckEnabled[slot] = Offered(i);
     m_aiCheckValue[slot] = m_abIncluded[slot] ? UNCHECKED : CHECKED;
   }
+}
+
+bool FrmSearchResults::Offered(std::int32_t index) const {
+  return m_abPresent[Slot(index)] && !m_abInstrumentFound[Slot(index)];
 }
 
 void FrmSearchResults::CheckCOM1_Click(std::int32_t index, int value) {

@@ -24,6 +24,9 @@ class FrmSearchResults {
   // True when the port gave a reply during the search; such a port cannot be excluded here.
   bool InstrumentFoundOnCOMPort(std::int32_t index) const;
   void SetInstrumentFoundOnCOMPort(std::int32_t index, bool value);
+  // Whether the port's device is there; the dialog names and offers only such ports. True unless set.
+  bool COMPortPresent(std::int32_t index) const;
+  void SetCOMPortPresent(std::int32_t index, bool value);
   // In: whether the port is included in searches now. Out (after Continue): whether it stays included.
   bool IncludedCOMPort(std::int32_t index) const;
   void SetIncludedCOMPort(std::int32_t index, bool value);
@@ -56,9 +59,12 @@ class FrmSearchResults {
 
  private:
   static std::size_t Slot(std::int32_t index);
+  // A port whose device is there and gave no reply.
+  bool Offered(std::int32_t index) const;
 
   std::array<bool, COM_PORT_COUNT> m_abInstrumentFound{};
   std::array<bool, COM_PORT_COUNT> m_abIncluded{};
+  std::array<bool, COM_PORT_COUNT> m_abPresent{true, true, true, true};
   std::array<bool, COM_PORT_COUNT> m_abCheckEnabled{};
   std::array<int, COM_PORT_COUNT> m_aiCheckValue{};
   std::string m_strFontName;

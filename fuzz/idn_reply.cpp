@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "fuzz/FuzzInput.h"
 #include "ioconfig/CIOconfiguration.h"

@@ -2,12 +2,12 @@
 
 #include <initializer_list>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Components.h"
+#include "platform/SupportedModels.h"
 
 namespace cvn73100 {
 namespace {
@@ -72,10 +72,9 @@ bool IsHandshakeOK(const std::string& strAddress, const std::string& strIDN, Win
   }
 
   const std::int32_t lHandshake = ioconfiguration.ActivePortHandshake();
-  const std::int16_t iCompatibility = CQueryInstrument::IsValidInstrument(strIDN);
   const bool bSettingsFixed = Components::HasIOManager() && Components::CreateIOManager()->SerialSettingsFixed(
                                                                 strCanonical.substr(0, strCanonical.find("::")));
-  const bool bWarn = iCompatibility == IDNSupported && strCanonical != strLastIOHandshakeAddress &&
+  const bool bWarn = NamesSupportedModel(strIDN) && strCanonical != strLastIOHandshakeAddress &&
                      (lHandshake != RS232_HandShake_DTR_DSR || bSettingsFixed);
   if (!bWarn) {
     strLastIOHandshakeAddress = strCanonical;

@@ -11,14 +11,10 @@
 #include "iolib/ResourceAddress.h"
 #include "iolib/Rfc2217Line.h"
 #include "iolib/SerialIO.h"
-#include "iolib/SimBusIO.h"
-#include "iolib/SimSerialLine.h"
-#include "iolib/SimulatedBus.h"
 #include "iolib/SocketIO.h"
 #include "iolib/TcpSerialLine.h"
 #include "iolib/Vxi11IO.h"
 #include "iolib/Vxi11Link.h"
-#include "simulator/Instrument.h"
 
 namespace cvn73100::io {
 namespace {
@@ -38,39 +34,28 @@ bool MayMatchPort(const std::string& pattern, const std::string& portName) {
 }  // namespace
 
 IOManager::IOManager(BoardMap map) : m_map(std::move(map)) {
+  const auto backend = RegisteredInProcessBackend();
+  if (!backend) return;
   for (int board = BoardMap::kFirstGpib; board <= BoardMap::kLastGpib; ++board)
-    if (m_map.Gpib(board).kind == GpibKind::Simulated) m_buses[GpibIndex(board)] = SimulatedBus::Shared(board);
+    if (m_map.Gpib(board).kind == GpibKind::Simulated) m_buses[GpibIndex(board)] = backend->Bus(board);
   for (int port = BoardMap::kFirstCom; port <= BoardMap::kLastCom; ++port)
-    if (m_map.Com(port).kind == ComKind::Simulated) m_serialInstruments[ComIndex(port)] = SharedSerialInstrument(port);
+    if (m_map.Com(port).kind == ComKind::Simulated) m_serialPorts[ComIndex(port)] = backend->Port(port);
 }
 
 std::shared_ptr<IOManager> IOManager::FromEnvironment() { return std::make_shared<IOManager>(BoardMap::Load()); }
 
-std::shared_ptr<sim::Instrument> IOManager::SharedSerialInstrument(int port) {
-  static std::mutex mutex;
-  static std::array<std::shared_ptr<sim::Instrument>, 4> instruments;
-  std::lock_guard lock(mutex);
-  auto& instrument = instruments.at(ComIndex(port));
-  if (!instrument) instrument = std::make_shared<sim::Instrument>(sim::InstrumentConfig{});
-  return instrument;
-}
+std::shared_ptr<IInProcessBus> IOManager::SimulatedBusOf(int board) const { return m_buses.at(GpibIndex(board)); }
 
-std::shared_ptr<SimulatedBus> IOManager::SimulatedBusOf(int board) const { return m_buses.at(GpibIndex(board)); }
-
-void IOManager::SetSimulatedBus(int board, std::shared_ptr<SimulatedBus> bus) {
+void IOManager::SetSimulatedBus(int board, std::shared_ptr<IInProcessBus> bus) {
   if (m_map.Gpib(board).kind != GpibKind::Simulated)
     throw IOError(IOERR_BAD_ARGUMENT, "GPIB" + std::to_string(board) + " is not mapped to the simulated bus");
   m_buses.at(GpibIndex(board)) = std::move(bus);
 }
 
-std::shared_ptr<sim::Instrument> IOManager::SimulatedSerialInstrument(int port) const {
-  return m_serialInstruments.at(ComIndex(port));
-}
-
-void IOManager::SetSimulatedSerialInstrument(int port, std::shared_ptr<sim::Instrument> instrument) {
+void IOManager::SetSimulatedSerialPort(int port, std::shared_ptr<IInProcessPort> farEnd) {
   if (m_map.Com(port).kind != ComKind::Simulated)
     throw IOError(IOERR_BAD_ARGUMENT, "COM" + std::to_string(port) + " is not mapped to a simulated instrument");
-  m_serialInstruments.at(ComIndex(port)) = std::move(instrument);
+  m_serialPorts.at(ComIndex(port)) = std::move(farEnd);
 }
 
 std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
@@ -94,7 +79,8 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
 
 void IOManager::ListSerial(int port, std::vector<std::string>& names) const {
   const auto& target = m_map.Com(port);
-  const bool present = target.kind == ComKind::Simulated || target.kind == ComKind::Rfc2217 ||
+  const bool present = (target.kind == ComKind::Simulated && m_serialPorts.at(ComIndex(port))) ||
+                       target.kind == ComKind::Rfc2217 ||
                        target.kind == ComKind::RawTcp ||
                        (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
   if (present) names.push_back(ResourceAddress::Serial(port).Name());
@@ -108,6 +94,7 @@ void IOManager::ListGpib(int board, std::vector<std::string>& names) {
     case GpibKind::None:
       return;
     case GpibKind::Simulated:
+      if (!SimulatedBusOf(board)) return;
       names.push_back(intfc);
       for (int address : SimulatedBusOf(board)->Listeners())
         names.push_back(ResourceAddress::GpibInstrument(board, address).Name());
@@ -177,7 +164,9 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenSerial(int port, const std::string
     case ComKind::Node:
       return std::make_shared<SerialIO>(name, SerialLine::OpenNode(target.node));
     case ComKind::Simulated:
-      return std::make_shared<SerialIO>(name, std::make_unique<SimSerialLine>(SimulatedSerialInstrument(port)));
+      if (const auto& farEnd = m_serialPorts.at(ComIndex(port)))
+        return std::make_shared<SerialIO>(name, farEnd->OpenLine());
+      throw IOError(IOERR_OPEN_FAILED, name + " leads to simulated instruments, and this program offers none");
     case ComKind::Rfc2217:
       return std::make_shared<SerialIO>(name, std::make_unique<Rfc2217Line>(target.host, target.port));
     case ComKind::RawTcp:
@@ -198,7 +187,8 @@ std::shared_ptr<IInstrumentIO> IOManager::OpenGpib(int board, int address, const
   const auto& target = m_map.Gpib(board);
   switch (target.kind) {
     case GpibKind::Simulated:
-      return std::make_shared<SimBusIO>(name, SimulatedBusOf(board), address);
+      if (const auto bus = SimulatedBusOf(board)) return bus->Open(name, address);
+      throw IOError(IOERR_OPEN_FAILED, name + " leads to simulated instruments, and this program offers none");
     case GpibKind::LinuxGpib:
       return std::make_shared<LinuxGpibIO>(name, LinuxGpibLibrary::Load(m_map.LibGpibPath()), target.board, address);
     case GpibKind::PrologixSerial:
@@ -255,11 +245,7 @@ std::string IOManager::DescribeBoardMap() const {
     out << "Simulated instruments on GPIB" << board << ":";
     const auto listeners = bus->Listeners();
     if (listeners.empty()) out << " none";
-    for (int address : listeners) {
-      const auto identity = bus->Listener(address)->Config().identity;
-      out << "\n  " << std::setw(2) << address << "  " << identity.manufacturer << "," << identity.model << ","
-          << identity.serial << "," << identity.firmware;
-    }
+    for (int address : listeners) out << "\n  " << std::setw(2) << address << "  " << bus->Identity(address);
     out << "\n";
   }
   return out.str();

@@ -5,16 +5,12 @@
 #include <vector>
 
 #include "iolib/BoardMap.h"
+#include "iolib/InProcessBackend.h"
 #include "platform/InstrumentIO.h"
-
-namespace cvn73100::sim {
-class Instrument;
-}
 
 namespace cvn73100::io {
 
 class PrologixConnection;
-class SimulatedBus;
 
 // The I/O library's manager: lists and opens the resources of a board map.
 //
@@ -37,7 +33,7 @@ class SimulatedBus;
 // A manager serves one thread at a time; the objects it opens may be used on other threads, one thread per object.
 class IOManager : public IIOManager {
  public:
-  // A manager over `map`. Ports mapped to "sim" use the process-wide simulated instruments.
+  // A manager over `map`. Ports mapped to "sim" lead to the registered in-process backend (none: to nothing).
   explicit IOManager(BoardMap map);
   // A manager over the board map of this process (config file and environment).
   static std::shared_ptr<IOManager> FromEnvironment();
@@ -52,16 +48,12 @@ class IOManager : public IIOManager {
   // The board map for people, with the instruments on simulated buses.
   std::string DescribeBoardMap() const;
 
-  // The bus behind a GPIB board mapped to "sim" (nullptr for other boards).
-  std::shared_ptr<SimulatedBus> SimulatedBusOf(int board) const;
+  // The bus behind a GPIB board mapped to "sim" (nullptr for other boards, or with no backend).
+  std::shared_ptr<IInProcessBus> SimulatedBusOf(int board) const;
   // Replaces the bus behind a board mapped to "sim" (tests bring their own instruments).
-  void SetSimulatedBus(int board, std::shared_ptr<SimulatedBus> bus);
-  // The instrument behind a COM port mapped to "sim" (nullptr for other ports).
-  std::shared_ptr<sim::Instrument> SimulatedSerialInstrument(int port) const;
-  void SetSimulatedSerialInstrument(int port, std::shared_ptr<sim::Instrument> instrument);
-
-  // The process-wide instrument behind COM `port` when it is mapped to "sim" (made on first use).
-  static std::shared_ptr<sim::Instrument> SharedSerialInstrument(int port);
+  void SetSimulatedBus(int board, std::shared_ptr<IInProcessBus> bus);
+  // Replaces the far end of a COM port mapped to "sim".
+  void SetSimulatedSerialPort(int port, std::shared_ptr<IInProcessPort> farEnd);
 
  private:
   void ListSerial(int port, std::vector<std::string>& names) const;
@@ -74,8 +66,8 @@ class IOManager : public IIOManager {
   std::shared_ptr<PrologixConnection> Adapter(int board, bool check);
 
   BoardMap m_map;
-  std::array<std::shared_ptr<SimulatedBus>, 4> m_buses;
-  std::array<std::shared_ptr<sim::Instrument>, 4> m_serialInstruments;
+  std::array<std::shared_ptr<IInProcessBus>, 4> m_buses;
+  std::array<std::shared_ptr<IInProcessPort>, 4> m_serialPorts;
   // Links to Prologix-style adapters stay open while the manager lives, so an open costs no reconnection.
   std::array<std::shared_ptr<PrologixConnection>, 4> m_adapters;
 };

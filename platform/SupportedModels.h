@@ -31,4 +31,10 @@ inline ModelMatch ClassifyModel(std::string_view model) {
   return ModelMatch::UnsupportedModel;
 }
 
+// True when an identification reply ("maker,model,serial,firmware") names a supported model.
+inline bool NamesSupportedModel(std::string_view reply) {
+  const std::size_t comma = reply.find(',');
+  return comma != std::string_view::npos && ClassifyModel(reply.substr(comma + 1)) == ModelMatch::Supported;
+}
+
 }  // namespace cvn73100

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,6 +12,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 // An instrument's saved state: Empty (nullopt) or bytes that only the instrument understands.
 using LearnString = std::optional<Bytes>;
+// The most bytes a learn string may hold, read from an instrument or from a file.
+inline constexpr std::size_t LEARN_STRING_CAP = std::size_t{1} << 20;
 
 // A self-describing value: Empty, Boolean, Integer (16-bit), Long (32-bit), Double, String,
 // byte array, array of doubles (waveforms) or array of Variants.

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "control/AutoCenter.h"
-#include "control/CCvn73100EZ.h"
-#include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
+#include "connection/CCvn73100EZ.h"
+#include "connection/IPPCvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "setups/SetupText.h"
@@ -111,7 +111,7 @@ void Cvn73100PPSetup::PropertyPage_Initialize() {
   m_iFilterIndex = 1;
 }
 
-void Cvn73100PPSetup::PropertyPage_SelectionChanged(Cvn73100Scope& control) {
+void Cvn73100PPSetup::PropertyPage_SelectionChanged(IPPCvn73100Scope& control) {
   if (!m_setups) PropertyPage_Initialize();
   m_control = &control;
   m_setups->SetCCvn73100EZPtr(control.Connection());

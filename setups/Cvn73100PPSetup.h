@@ -13,7 +13,6 @@
 
 namespace cvn73100 {
 
-class Cvn73100Scope;
 class IPPCvn73100Scope;
 class SetupCvn73100Scope;
 class SetupsCvn73100Scope;
@@ -72,7 +71,7 @@ class Cvn73100PPSetup {
   void PropertyPage_Initialize();
   // Binds the page to `control` (which must outlive the binding): the working copy becomes a copy of
   // the control's setups over the control's connection, and the list, font and buttons are redrawn.
-  void PropertyPage_SelectionChanged(Cvn73100Scope& control);
+  void PropertyPage_SelectionChanged(IPPCvn73100Scope& control);
   // When bound, something changed and none of the link's page flags (SearchIOExists,
   // SearchCriteriaExists, SetIOExists, SetupsExists) is raised: copies the working copy into the
   // control's setups. Then, when the instrument is connected, stores its identity as the control's
@@ -162,7 +161,7 @@ class Cvn73100PPSetup {
   bool UpdateButtons();
 
   ISetupsPageView& m_view;
-  Cvn73100Scope* m_control = nullptr;
+  IPPCvn73100Scope* m_control = nullptr;
   std::shared_ptr<SetupsCvn73100Scope> m_setups;
   std::vector<SetupRow> m_rows;
   int m_iSelectedRow = -1;

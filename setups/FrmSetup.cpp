@@ -1,6 +1,6 @@
 #include "setups/FrmSetup.h"
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/Messages.h"
 
 namespace cvn73100 {

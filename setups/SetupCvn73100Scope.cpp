@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "setups/CSetupFile.h"

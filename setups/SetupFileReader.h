@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "platform/Variant.h"
-#include "server/BlockReader.h"
 
 namespace cvn73100 {
 
@@ -40,7 +39,7 @@ class SetupFileReader {
 
   // The most setup data a file may hold: the most an instrument's learn string may have, so that a setup
   // read from a file can be sent, and stored in the form.
-  static constexpr std::size_t MAX_LEARN_STRING_BYTES = server::BlockReader::SETUP_CAP;
+  static constexpr std::size_t MAX_LEARN_STRING_BYTES = LEARN_STRING_CAP;
   // Raises the setup-file error that says `length` bytes of setup data are more than that.
   [[noreturn]] static void RefuseLearnStringOf(std::size_t length);
 

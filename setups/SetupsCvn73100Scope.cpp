@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "setups/SetupText.h"

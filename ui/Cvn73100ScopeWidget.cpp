@@ -5,7 +5,13 @@
 #include <QPainter>
 #include <QResizeEvent>
 
+#include <limits>
+#include <string>
+#include <utility>
+
 #include "control/Cvn73100Scope.h"
+#include "platform/Host.h"
+#include "platform/ScopeError.h"
 #include "ui/DialogFont.h"
 #include "ui/QtHost.h"
 #include "ui/UiText.h"
@@ -101,11 +107,82 @@ void Cvn73100ScopeWidget::Refresh() {
   m_name->setText(Msg(104));
   const bool connected = m_scope->InstrumentConnected();
   m_state->setPixmap(Lamp(connected, fontMetrics().height()));
-  m_addressText = QString::fromStdString(m_scope->Address());
-  m_identityText = QString::fromStdString(m_scope->AddressInstrumentID());
+  const QString address = QString::fromStdString(m_scope->Address());
+  const QString identity = QString::fromStdString(m_scope->AddressInstrumentID());
+  const auto language = static_cast<Language>(m_scope->CountryCode());
+  const QString fontFamily = fontName();
+  const bool newAddress = std::exchange(m_addressText, address) != address;
+  const bool newIdentity = std::exchange(m_identityText, identity) != identity;
+  const bool newLanguage = std::exchange(m_language, language) != language;
+  const bool newFont = std::exchange(m_fontName, fontFamily) != fontFamily ||
+                       std::exchange(m_fontSize, fontSize()) != m_fontSize;
   m_address->setToolTip(m_addressText);
   m_identity->setToolTip(m_identityText);
   LayOut();
+  if (newAddress) emit addressChanged(address);
+  if (newIdentity) emit instrumentIdChanged(identity);
+  if (newLanguage) emit countryCodeChanged(language);
+  if (newFont) emit fontChanged();
+}
+
+void Cvn73100ScopeWidget::Apply(const std::function<void()>& set) {
+  try {
+    set();
+  } catch (const ScopeError& e) {
+    Host::Current().Warning(e.Description());
+  }
+  Refresh();
+}
+
+QString Cvn73100ScopeWidget::address() const { return QString::fromStdString(m_scope->Address()); }
+void Cvn73100ScopeWidget::setAddress(const QString& address) {
+  Apply([&] { m_scope->SetAddress(address.toStdString()); });
+}
+
+Cvn73100ScopeWidget::Language Cvn73100ScopeWidget::countryCode() const {
+  return static_cast<Language>(m_scope->CountryCode());
+}
+void Cvn73100ScopeWidget::setCountryCode(Language language) {
+  Apply([&] { m_scope->SetCountryCode(language); });
+}
+
+QString Cvn73100ScopeWidget::fontName() const { return QString::fromStdString(m_scope->FontName()); }
+void Cvn73100ScopeWidget::setFontName(const QString& name) {
+  Apply([&] { m_scope->SetFontName(name.toStdString()); });
+}
+
+int Cvn73100ScopeWidget::fontSize() const { return m_scope->FontSize(); }
+void Cvn73100ScopeWidget::setFontSize(int size) {
+  if (size < 1 || size > std::numeric_limits<std::int16_t>::max()) {
+    Host::Current().Warning("fontSize " + std::to_string(size) + " is outside 1 to 32767");
+    return;
+  }
+  Apply([&] { m_scope->SetFontSize(static_cast<std::int16_t>(size)); });
+}
+
+int Cvn73100ScopeWidget::txDelay() const { return m_scope->TXDelay(); }
+void Cvn73100ScopeWidget::setTxDelay(int delay) {
+  Apply([&] { m_scope->SetTXDelay(delay); });
+}
+
+int Cvn73100ScopeWidget::supportMessageMode() const { return m_scope->SupportMessageMode(); }
+void Cvn73100ScopeWidget::setSupportMessageMode(int mode) {
+  Apply([&] { m_scope->SetSupportMessageMode(mode); });
+}
+
+bool Cvn73100ScopeWidget::resetOnInitialize() const { return m_scope->ResetOnInitialize(); }
+void Cvn73100ScopeWidget::setResetOnInitialize(bool value) {
+  Apply([&] { m_scope->SetResetOnInitialize(value); });
+}
+
+bool Cvn73100ScopeWidget::checkIdOnInitialize() const { return m_scope->CheckIDOnInitialize(); }
+void Cvn73100ScopeWidget::setCheckIdOnInitialize(bool value) {
+  Apply([&] { m_scope->SetCheckIDOnInitialize(value); });
+}
+
+bool Cvn73100ScopeWidget::debugEnabled() const { return m_scope->DebugEnabled(); }
+void Cvn73100ScopeWidget::setDebugEnabled(bool value) {
+  Apply([&] { m_scope->SetDebugEnabled(value); });
 }
 
 void Cvn73100ScopeWidget::LayOut() {

@@ -4,7 +4,7 @@
 #include <QScreen>
 #include <QWidget>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 
 namespace cvn73100::ui {
 

@@ -8,7 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "control/Cvn73100Scope.h"
 #include "ui/DialogFont.h"
 #include "ui/PropertyPage.h"

@@ -11,7 +11,7 @@
 #include <QWidget>
 #include <algorithm>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/FrmMessageOption.h"
 #include "ui/DialogFont.h"

@@ -16,6 +16,7 @@
 #include "control/Cvn73100Scope.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
+#include "platform/Interrupt.h"
 #include "ui/FrmSearchResultsDialog.h"
 #include "ui/QtHost.h"
 #include "ui/ScopeIcon.h"
@@ -26,6 +27,7 @@ namespace {
 
 enum Column { COLUMN_MODEL, COLUMN_SUPPORTED, COLUMN_ADDRESS, COLUMN_MANUFACTURER };
 constexpr int ICON_SIZE = 16;
+constexpr int STOP_MESSAGE = 725;  // "Stop": the Search button's caption while a search runs
 
 }  // namespace
 
@@ -132,7 +134,7 @@ SearchInstrumentsPage::SearchInstrumentsPage(QWidget* parent) : PropertyPage(par
   layout->addWidget(m_message);
 
   connect(m_test, &QPushButton::clicked, this, [this] { Run([this] { m_page->Test_Click(); }); });
-  connect(m_search, &QPushButton::clicked, this, [this] { Run([this] { m_page->Search_Click(); }); });
+  connect(m_search, &QPushButton::clicked, this, [this] { SearchOrStop(); });
   connect(m_list, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
     if (m_drawing || !item) return;
     const auto row = static_cast<std::int32_t>(m_list->indexOfTopLevelItem(item)) + 1;
@@ -157,9 +159,25 @@ SearchInstrumentsPage::~SearchInstrumentsPage() {
 void SearchInstrumentsPage::Run(const std::function<void()>& event) {
   try {
     event();
+  } catch (const Interrupted&) {
+    // Stopped by the user: what the event got so far stays shown.
   } catch (const std::exception& error) {
     ShowError(Window(), error);
   }
+}
+
+void SearchInstrumentsPage::SearchOrStop() {
+  if (m_page->Searching()) {
+    m_stopRequested = true;
+    return;
+  }
+  m_stopRequested = false;
+  m_search->setText(Msg(STOP_MESSAGE));
+  {
+    const Interrupt::Scope stop([this] { return m_stopRequested; });
+    Run([this] { m_page->Search_Click(); });
+  }
+  m_search->setText(FromSystem(Cvn73100PPSrchIO::SearchCaption()));
 }
 
 // --- PropertyPage ---
@@ -249,6 +267,9 @@ void SearchInstrumentsPage::Refresh() {
   // Painted when the behaviour lets the host process its events, right after this.
   update();
   m_list->viewport()->update();
+  // The host leaves the user's input for later; during a search it is taken now, so that Stop can be clicked (the
+  // page ignores its other buttons meanwhile, and the frame does not close).
+  if (m_page && m_page->Searching()) QCoreApplication::processEvents(QEventLoop::AllEvents);
 }
 
 void SearchInstrumentsPage::FocusSearch() {

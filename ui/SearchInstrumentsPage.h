@@ -22,7 +22,8 @@ namespace cvn73100::ui {
 // The Search Instruments page drawn in Qt: the instrument list (Model, X, Address, Manufacturer, and
 // the "ConnectedInstrument" icon on the row the control uses), Test and Search, the working and
 // message texts. The page's behaviour is Cvn73100PPSrchIO; this class runs its two timers, shows the
-// hourglass while it works, and lets the window repaint during a search.
+// hourglass while it works, and lets the window repaint during a search. While a search runs, Search reads
+// Stop and stops it.
 class SearchInstrumentsPage : public PropertyPage, public ISearchInstrumentsView {
   Q_OBJECT
  public:
@@ -68,6 +69,8 @@ class SearchInstrumentsPage : public PropertyPage, public ISearchInstrumentsView
  private:
   // Runs a behaviour event; an error it raises is shown in a box over the page.
   void Run(const std::function<void()>& event);
+  // The Search button: starts a search, or asks the one running to stop.
+  void SearchOrStop();
 
   QTimer m_discoveryTimer;
   QTimer m_idleTimer;
@@ -80,6 +83,7 @@ class SearchInstrumentsPage : public PropertyPage, public ISearchInstrumentsView
   QLabel* m_message = nullptr;
   bool m_waitCursor = false;
   bool m_drawing = false;
+  bool m_stopRequested = false;
   std::unique_ptr<Cvn73100PPSrchIO> m_page;
 };
 

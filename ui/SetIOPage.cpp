@@ -13,9 +13,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "ioconfig/IOConfigurationConstants.h"
 #include "ioconfig/ModIsHandshakeOK.h"

@@ -1,6 +1,6 @@
 #include "ui/UiText.h"
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "platform/ScopeError.h"
 
 namespace cvn73100::ui {

@@ -14,18 +14,14 @@ set_target_properties(cvn73100_designer PROPERTIES
   OUTPUT_NAME cvn73100scopewidgetplugin
   LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/designer
   AUTOMOC ON)
-target_link_libraries(cvn73100_designer PRIVATE cvn73100::qt cvn73100::io cvn73100::server Qt6::UiPlugin)
+target_link_libraries(cvn73100_designer PRIVATE cvn73100::qt cvn73100::io cvn73100::sim cvn73100::server Qt6::UiPlugin)
 
-# Installed beside Designer's own plugins: cmake --install <build> --component designer
-set(_cvn_qt_plugins)
-if(TARGET Qt6::qmake)
-  get_target_property(_cvn_qmake Qt6::qmake IMPORTED_LOCATION)
+# Installed under the prefix, in Qt's plugin folder relative to Qt's own prefix: with the prefix /usr
+# (as the packages have it) that is where Designer looks; elsewhere, QT_PLUGIN_PATH=<prefix>/<that folder>.
+include(GNUInstallDirs)
+if(DEFINED QT6_INSTALL_PLUGINS AND NOT IS_ABSOLUTE "${QT6_INSTALL_PLUGINS}")
+  set(_cvn_qt_plugins ${QT6_INSTALL_PLUGINS})
+else()
+  set(_cvn_qt_plugins ${CMAKE_INSTALL_LIBDIR}/qt6/plugins)
 endif()
-if(_cvn_qmake)
-  execute_process(COMMAND ${_cvn_qmake} -query QT_INSTALL_PLUGINS OUTPUT_VARIABLE _cvn_qt_plugins
-                  OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
-endif()
-if(NOT _cvn_qt_plugins)
-  set(_cvn_qt_plugins ${CMAKE_INSTALL_PREFIX}/lib/qt6/plugins)
-endif()
-install(TARGETS cvn73100_designer LIBRARY DESTINATION ${_cvn_qt_plugins}/designer COMPONENT designer EXCLUDE_FROM_ALL)
+install(TARGETS cvn73100_designer LIBRARY DESTINATION ${_cvn_qt_plugins}/designer COMPONENT designer)

@@ -14,6 +14,7 @@
 #include "iolib/IOLibrary.h"
 #include "platform/ScopeError.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 #include "ui/Cvn73100ScopeWidget.h"
 #include "ui/QtHost.h"
 #include "ui/QuitOnSignal.h"
@@ -103,6 +104,7 @@ int main(int argc, char** argv) {
   const QCommandLineOption& screenshotOption = commandLine.screenshot;
 
   io::RegisterIOLibrary();
+  sim::RegisterBackend();
   server::RegisterAutomationServer();
   ui::QtHost host;
   host.Install();

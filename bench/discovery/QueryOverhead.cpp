@@ -31,7 +31,7 @@
 #include <utility>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Components.h"

@@ -12,7 +12,7 @@
 #include <memory>
 
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
@@ -52,7 +52,7 @@ struct Bench {
     manager = std::make_unique<IOManager>(
         BoardMap::FromText("COM1 = " + pty->DevicePath() + "\nGPIB0 = sim\n" +
                            "GPIB1 = prologix-tcp:127.0.0.1:" + std::to_string(tcp->Port()) + "\n"));
-    auto bus = std::make_shared<SimulatedBus>();
+    auto bus = std::make_shared<sim::SimulatedBus>();
     bus->Attach(7, busInstrument);
     busInstrument->SetFaults(faults);
     manager->SetSimulatedBus(0, bus);

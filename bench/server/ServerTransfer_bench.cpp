@@ -8,7 +8,7 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
@@ -53,7 +53,7 @@ void PrepareWaveform(server::Cvn73100Server& server) {
 void BM_Unpaced(benchmark::State& state) {
   const auto transfer = static_cast<Transfer>(state.range(0));
   auto manager = std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault());
-  auto bus = std::make_shared<io::SimulatedBus>();
+  auto bus = std::make_shared<sim::SimulatedBus>();
   bus->Attach(7, std::make_shared<sim::Instrument>());
   manager->SetSimulatedBus(0, bus);
   server::Cvn73100Server server(manager);
@@ -68,7 +68,7 @@ BENCHMARK(BM_Unpaced)->ArgName("transfer")->DenseRange(kSetup, kImageGif)->Unit(
 // Whole operations, each with its preamble and settings round trips.
 void BM_UnpacedOperations(benchmark::State& state) {
   auto manager = std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault());
-  auto bus = std::make_shared<io::SimulatedBus>();
+  auto bus = std::make_shared<sim::SimulatedBus>();
   bus->Attach(7, std::make_shared<sim::Instrument>());
   manager->SetSimulatedBus(0, bus);
   server::Cvn73100Server server(manager);

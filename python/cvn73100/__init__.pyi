@@ -500,6 +500,7 @@ class Scope:
         exclude_silent_ports: bool = False,
         apply: bool = False,
         progress: Callable[[int, int, str], object] | None = None,
+        parallel: bool = False,
     ) -> list[InstrumentRow]: ...
 
 # --- Functions ---
@@ -511,6 +512,7 @@ def search(
     exclude_silent_ports: bool = False,
     apply: bool = False,
     progress: Callable[[int, int, str], object] | None = None,
+    parallel: bool = False,
 ) -> list[InstrumentRow]:
     """Searches the included COM ports and GPIB addresses for instruments that answer "*IDN?"."""
 

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "control/Cvn73100Scope.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "platform/Enumerations.h"
 #include "platform/ScopeError.h"
 #include "platform/Variant.h"

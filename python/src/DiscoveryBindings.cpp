@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
 #include "discovery/ISearchInstrumentsView.h"
@@ -70,10 +70,11 @@ ScopePtr NewScope() {
 }
 
 py::list Search(const std::optional<ScopePtr>& given, bool includeSilent, bool excludeSilentPorts, bool apply,
-                py::object progress) {
+                py::object progress, bool parallel) {
   const ScopePtr control = given ? *given : NewScope();
   ScriptSearchView view(excludeSilentPorts, std::move(progress));
   Cvn73100PPSrchIO page(view);
+  page.SetParallelSearch(parallel);
   Wait([&] {
     // As the property frame drives the page: bind, let the binding timer tick, search, and on request OK.
     page.PropertyPage_SelectionChanged(control.get());
@@ -129,21 +130,21 @@ const char* SEARCH_DOC =
     "instrument excluded from future searches when ``exclude_silent_ports``, go to the control, and so does the "
     "row the page marked as the control's (``connected``: the first row whose address begins the control's "
     "address; on a first search with initial_search_mode set, the first row). ``progress(step, total, text)`` is "
-    "called before each address is probed; an exception there, or Ctrl-C, ends the search.";
+    "called before each address is probed; an exception there, or Ctrl-C, ends the search. ``parallel=True`` probes "
+    "every COM port and GPIB board at the same time; the rows are the same.";
 
 }  // namespace
 
 void BindDiscovery(py::module_& m, ScopeClass& scope) {
   m.def("search", &Search, py::arg("scope") = py::none(), py::kw_only(), py::arg("include_silent") = false,
         py::arg("exclude_silent_ports") = false, py::arg("apply") = false, py::arg("progress") = py::none(),
-        SEARCH_DOC);
+        py::arg("parallel") = false, SEARCH_DOC);
   scope.def(
       "search",
-      [](const ScopePtr& s, bool includeSilent, bool excludeSilentPorts, bool apply, py::object progress) {
-        return Search(s, includeSilent, excludeSilentPorts, apply, std::move(progress));
-      },
+      [](const ScopePtr& s, bool includeSilent, bool excludeSilentPorts, bool apply, py::object progress,
+         bool parallel) { return Search(s, includeSilent, excludeSilentPorts, apply, std::move(progress), parallel); },
       py::kw_only(), py::arg("include_silent") = false, py::arg("exclude_silent_ports") = false,
-      py::arg("apply") = false, py::arg("progress") = py::none(),
+      py::arg("apply") = false, py::arg("progress") = py::none(), py::arg("parallel") = false,
       "cvn73100.search(self, ...): the search with this control's I/O configuration.");
 
   m.def("query_instrument", &QueryInstrument, py::arg("address"), py::arg("scope") = py::none(), py::kw_only(),

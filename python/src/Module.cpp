@@ -7,6 +7,7 @@
 #include "python/src/Conversions.h"
 #include "python/src/Released.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 
 namespace cvn73100::python {
 
@@ -131,8 +132,10 @@ PYBIND11_MODULE(_native, m) {
   using namespace cvn73100::python;
   m.doc() = "The 73100 oscilloscope control: the compiled half of the cvn73100 package.";
 
-  // The components a host program registers: the I/O library and the automation server.
+  // The components a host program registers: the I/O library with the simulated instruments, and the automation
+  // server.
   io::RegisterIOLibrary();
+  sim::RegisterBackend();
   server::RegisterAutomationServer();
 
   LoadErrorClasses();

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "form/FormFile.h"
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "platform/Event.h"
 #include "platform/PropertyBag.h"

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "iolib/BoardMap.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "python/src/Bindings.h"
 #include "python/src/Conversions.h"
 #include "simulator/Instrument.h"
@@ -96,7 +96,7 @@ std::chrono::milliseconds Milliseconds(double seconds) {
 
 // An instrument placed on the process's simulated bus; stopping puts back what was at its address.
 struct BusRun {
-  std::shared_ptr<io::SimulatedBus> bus;
+  std::shared_ptr<sim::SimulatedBus> bus;
   int board = 0;
   int address = 0;
   std::shared_ptr<Instrument> instrument;
@@ -326,7 +326,7 @@ void BindSim(py::module_& s) {
                                 io::BoardMap::DescribeGpib(io::BoardMap::Load().Gpib(board)) + "); map it with GPIB" +
                                 std::to_string(board) + " = sim");
         auto run = std::make_shared<BusRun>();
-        run->bus = io::SimulatedBus::Shared(board);
+        run->bus = sim::SimulatedBus::Shared(board);
         run->board = board;
         run->address = address;
         run->instrument = GivenOrNew(std::move(instrument), options);
@@ -376,7 +376,7 @@ void BindSim(py::module_& s) {
       [](int address, int board) -> std::shared_ptr<Instrument> {
         if (board < 0 || board > 3) throw py::value_error("GPIB boards are 0-3");
         if (!LeadsToSimulatedBus(board)) return nullptr;
-        return io::SimulatedBus::Shared(board)->Listener(address);
+        return sim::SimulatedBus::Shared(board)->Listener(address);
       },
       py::arg("address") = 7, py::kw_only(), py::arg("board") = 0,
       "The instrument at ``address`` on the simulated bus behind GPIB<board>, or None (also when that board leads "

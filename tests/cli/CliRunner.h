@@ -5,13 +5,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -29,6 +34,24 @@ struct RunResult {
   int status = -1;
   std::string out;
   std::string err;
+  std::chrono::milliseconds sinceInterrupt{0};  // from SIGINT to the program's end
+};
+
+// A pseudo-terminal nobody answers on: a silent serial port.
+class SilentPty {
+ public:
+  SilentPty() : m_master(::posix_openpt(O_RDWR | O_NOCTTY)) {
+    EXPECT_GE(m_master, 0);
+    ::grantpt(m_master);
+    ::unlockpt(m_master);
+  }
+  ~SilentPty() { ::close(m_master); }
+  SilentPty(const SilentPty&) = delete;
+  SilentPty& operator=(const SilentPty&) = delete;
+  std::string Path() const { return ::ptsname(m_master); }
+
+ private:
+  int m_master;
 };
 
 // Runs the built cvnscope in a private folder: its own form (XDG_CONFIG_HOME), temporary folder (TMPDIR, where
@@ -93,10 +116,17 @@ class CliTest : public ::testing::Test {
       ::_exit(127);
     }
     int status = 0;
+    std::chrono::steady_clock::time_point interrupted;
+    if (interruptAfter) {
+      std::this_thread::sleep_for(*std::exchange(interruptAfter, std::nullopt));
+      interrupted = std::chrono::steady_clock::now();
+      ::kill(pid, SIGINT);
+    }
     ::waitpid(pid, &status, 0);
+    const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - interrupted);
     std::fclose(in);
     if (!input.empty()) input.clear();
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err)};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err), since};
   }
 
   static std::string ReadAndClose(FILE* file) {
@@ -111,6 +141,7 @@ class CliTest : public ::testing::Test {
   std::filesystem::path dir;
   std::map<std::string, std::string> env;
   std::string input;  // standard input of the next Run
+  std::optional<std::chrono::milliseconds> interruptAfter;  // Ctrl-C this long into the next Run
 };
 
 }  // namespace cvn73100::test

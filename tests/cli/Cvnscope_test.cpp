@@ -8,7 +8,7 @@
 
 #include "cli/ConsoleHost.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
@@ -43,15 +43,19 @@ struct TestCase {
   std::int16_t code;
   const char* reply;
   int status;
+  const char* cause = "";  // the operating system's or the I/O library's, below the box's text
 };
 
 class TestCommand : public CliTest, public ::testing::WithParamInterface<TestCase> {};
 
 TEST_P(TestCommand, PrintsTheTestBoxAndExitsWithTheCode) {
   const TestCase& c = GetParam();
+  env["CVN73100_COM2"] = "/dev/cvn-none";
   const RunResult r = Run({"test", c.address});
   EXPECT_EQ(r.status, c.status) << r.err;
-  EXPECT_EQ(r.out, TestBox(c.code, c.address, c.reply));
+  std::string box = TestBox(c.code, c.address, c.reply);
+  if (*c.cause) box.insert(box.size() - 1, std::string("\n\nCould not open the I/O resource. (") + c.cause + ")");
+  EXPECT_EQ(r.out, box);
   EXPECT_FALSE(std::filesystem::exists(FormPath())) << "a test changes nothing in the form";
 }
 
@@ -60,7 +64,8 @@ INSTANTIATE_TEST_SUITE_P(SimulatedBus, TestCommand,
                                            TestCase{"GPIB0::3::INSTR", 1, OTHER_731_IDN, 11},
                                            TestCase{"GPIB0::12::INSTR", 2, OTHER_FAMILY_IDN, 12},
                                            TestCase{"GPIB0::5::INSTR", 4, "", 14},
-                                           TestCase{"COM3", 5, "", 15}));
+                                           TestCase{"COM3", 5, "", 15, "COM3 is not mapped to a device"},
+                                           TestCase{"COM2", 5, "", 15, "/dev/cvn-none: No such file or directory"}));
 
 // --- errors and usage ---
 
@@ -207,6 +212,8 @@ TEST_F(CliTest, SearchThenUseThenIdnAnswerAcrossProcesses) {
 }
 
 TEST_F(CliTest, SearchJsonListsRowsAndSilentAddresses) {
+  const test::SilentPty silent;
+  env["CVN73100_COM2"] = silent.Path();
   const RunResult r = Run({"--json", "search", "--exclude-silent"});
   ASSERT_EQ(r.status, 0) << r.err;
   const json result = json::parse(r.out);
@@ -215,10 +222,27 @@ TEST_F(CliTest, SearchJsonListsRowsAndSilentAddresses) {
   EXPECT_EQ(result["rows"][1]["supported"], true);
   EXPECT_EQ(result["rows"][0]["supported"], false);
   EXPECT_EQ(result["silent"].size(), 28u);
-  EXPECT_EQ(result["excludedPorts"], json({"COM1", "COM2", "COM3", "COM4"}));
-  // The exclusions reach the form: the next search asks no COM port.
+  // Only the silent port that is there may be excluded, and the exclusion reaches the form.
+  EXPECT_EQ(result["excludedPorts"], json({"COM2"}));
   const json config = json::parse(Run({"--json", "config"}).out);
-  for (const auto& port : config["serial"]) EXPECT_FALSE(port["included"].get<bool>()) << port;
+  for (const auto& port : config["serial"]) EXPECT_EQ(port["included"].get<bool>(), port["port"] != "COM2") << port;
+}
+
+// Ctrl-C ends either search at once with the rows found so far, and leaves the form and the table alone.
+TEST_F(CliTest, CtrlCStopsTheSearchWithTheRowsFoundSoFar) {
+  const test::SilentPty silent;
+  env["CVN73100_COM1"] = silent.Path();
+  for (const char* mode : {"--parallel", "--all"}) {
+    SCOPED_TRACE(mode);
+    interruptAfter = std::chrono::milliseconds(1500);
+    const RunResult r = Run({"search", mode});
+    EXPECT_EQ(r.status, 130) << r.err;
+    EXPECT_LT(r.sinceInterrupt, std::chrono::milliseconds(500)) << "well before the silent port's reply limit";
+    EXPECT_TRUE(Contains(r.err, "Search stopped.")) << r.err;
+    // In parallel the simulated bus is searched meanwhile; one port after another, COM1 still holds the search.
+    EXPECT_EQ(Contains(r.out, "GPIB0::7"), std::string(mode) == "--parallel") << r.out;
+    EXPECT_FALSE(std::filesystem::exists(FormPath()));
+  }
 }
 
 TEST_F(CliTest, FormIsWrittenOnlyWhenSomethingChanged) {

@@ -1,4 +1,4 @@
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "server/ServerError.h"
-#include "tests/server/SimulatedScope.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
@@ -168,40 +168,7 @@ TEST_F(CCvn73100EZTest, TXDelayRefusesNegativeValuesAndKeepsTheOldOne) {
   EXPECT_EQ(ez->TXDelay(), 0);
 }
 
-TEST_F(CCvn73100EZTest, PropertyChangedOnlyForRealChanges) {
-  ez->SetResetOnInitialize(false);
-  ez->SetCheckIDOnInitialize(false);
-  ez->SetResetOnInitialize(true);
-  ez->SetResetOnInitialize(true);
-  ez->SetCheckIDOnInitialize(true);
-  ez->SetDebugEnabled(true);
-  ez->SetAmbientUserMode(true);
-  EXPECT_EQ(changes, (std::vector<std::string>{"ResetOnInitialize", "CheckIDOnInitialize"}));
-}
-
-TEST_F(CCvn73100EZTest, PropertyBagKeysKeepTheirHistoricSpelling) {
-  MemoryPropertyBag bag;
-  ez->WriteProperties(bag);
-  EXPECT_EQ(bag.Entries().size(), 1u);  // only TXDelay 0 differs from its default
-  EXPECT_EQ(bag.ReadProperty("TXDelay", Variant()), Variant(std::int32_t{0}));
-
-  ez->SetTXDelay(50);
-  ez->SetResetOnInitialize(true);
-  ez->SetCheckIDOnInitialize(true);
-  bag.Clear();
-  ez->WriteProperties(bag);
-  ASSERT_EQ(bag.Entries().size(), 2u);
-  EXPECT_EQ(bag.Entries()[0].first, "ResetOnIntialize");
-  EXPECT_EQ(bag.Entries()[0].second, Variant(true));
-  EXPECT_EQ(bag.Entries()[1].first, "CheckIDOnIntialize");
-
-  bag.Set("TXDelay", Variant(std::int32_t{120}));
-  CCvn73100EZ other;
-  other.ReadProperties(bag);
-  EXPECT_EQ(other.TXDelay(), 120);
-  EXPECT_TRUE(other.ResetOnInitialize());
-  EXPECT_TRUE(other.CheckIDOnInitialize());
-}
+// Its properties are saved, read and announced through the control (Cvn73100Scope_test).
 
 // A server that shows what the connection handed it.
 class RecordingServer : public server::Cvn73100Server {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
@@ -17,7 +17,7 @@
 #include "platform/Os.h"
 #include "server/Cvn73100Server.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/server/SimulatedScope.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 

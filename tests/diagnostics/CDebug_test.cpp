@@ -182,7 +182,8 @@ struct TraceCase {
   std::string line;
 };
 
-TEST_F(CDebugTest, TraceLinesByteForByte) {
+// Trace lines go only to the log, each ending with CR LF and the line end the write adds.
+TEST_F(CDebugTest, TraceLinesByteForByteAndOnlyInTheLog) {
   const TraceCase cases[] = {
       {"", "", "", "", "Trace:\r\n"},
       {"x", "", "Go", "", "Trace: x -- At: Function: Go; \r\n"},
@@ -190,30 +191,16 @@ TEST_F(CDebugTest, TraceLinesByteForByte) {
        "Trace: UserControl_Initialize -- At: File: Cvn73100Scope; \r\n"},
       {"t", "C", "P", "Start", "Trace: t -- At: File: C; Function: P; Location: Start\r\n"},
   };
+  m_debug.SetMode(CDebug::MODE_EVENT | CDebug::MODE_MESSAGE_BOX | CDebug::MODE_LOG);
+  std::string log;
   for (const TraceCase& c : cases) {
     EXPECT_EQ(CDebug::FormatTraceLine(c.text, c.className, c.procedure, c.location), c.line) << c.line;
+    m_debug.Trace(c.text, c.className, c.procedure, c.location);
+    log += c.line + "\r\n";
   }
-}
-
-TEST_F(CDebugTest, TraceGoesOnlyToTheLog) {
-  m_debug.SetMode(CDebug::MODE_EVENT | CDebug::MODE_MESSAGE_BOX | CDebug::MODE_LOG);
-  m_debug.Trace("", "", "", "");
-  m_debug.Trace("x", "", "Go", "");
-  // Each trace line ends with CR LF, and the write adds its own line end as for a message block.
-  EXPECT_EQ(Log(), "Trace:\r\n\r\nTrace: x -- At: Function: Go; \r\n\r\n");
+  EXPECT_EQ(Log(), log);
   EXPECT_TRUE(m_events.empty());
   EXPECT_TRUE(m_host.boxes.empty());
-}
-
-TEST_F(CDebugTest, MessageBoxShowsTheBlockThroughTheHost) {
-  m_debug.SetMode(CDebug::MODE_MESSAGE_BOX);
-  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
-  ASSERT_EQ(m_host.boxes.size(), 1u);
-  EXPECT_EQ(m_host.boxes[0].parent, 0);
-  EXPECT_EQ(m_host.boxes[0].style, 65600);
-  EXPECT_EQ(m_host.boxes[0].title, "Remote Support Assistant");
-  EXPECT_EQ(MaskTime(m_host.boxes[0].prompt), ASSERT_BLOCK);
-  EXPECT_TRUE(m_events.empty());
 }
 
 TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
@@ -221,9 +208,13 @@ TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
   std::string logAtEvent = "unset", logAtBox = "unset";
   m_onEvent = [&] { logAtEvent = Log(); };
   m_host.onBox = [&] { logAtBox = Log(); };
-  m_debug.Message(7, "order", "", "", "");
+  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
   ASSERT_EQ(m_events.size(), 1u);
   ASSERT_EQ(m_host.boxes.size(), 1u);
+  EXPECT_EQ(m_host.boxes[0].parent, 0);
+  EXPECT_EQ(m_host.boxes[0].style, 65600);
+  EXPECT_EQ(m_host.boxes[0].title, "Remote Support Assistant");
+  EXPECT_EQ(MaskTime(m_host.boxes[0].prompt), ASSERT_BLOCK);
   EXPECT_EQ(m_host.boxes[0].prompt, m_events[0]);
   EXPECT_EQ(logAtEvent, "");
   EXPECT_EQ(logAtBox, m_events[0] + "\r\n");

@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
@@ -45,7 +45,7 @@ class CQueryInstrumentSim : public ::testing::Test {
   sim::Instrument serialInstrument{sim::InstrumentConfig{kSupported, {}, 7}};
   sim::InstrumentPort serialPort{serialInstrument, sim::InstrumentPort::Line::Serial};
   std::unique_ptr<sim::PtyServer> pty = std::make_unique<sim::PtyServer>(serialPort);
-  std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager;
   std::shared_ptr<CIOconfiguration> config = std::make_shared<CIOconfiguration>();
   test::ScriptedHost host;

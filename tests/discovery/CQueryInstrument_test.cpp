@@ -1,4 +1,4 @@
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -420,7 +420,7 @@ const TextCase kEnglishTexts[] = {
      "The instrument's *IDN? response was:\r\n\r\n    ABC,73135D,QX1,A.02.10\r\n\r\n"
      "At address:\r\n\r\n    COM1"},
     {"COM4", nullptr, RS232_HandShake_XON_XOFF, IDNPortNotFound,
-     "This I/O port was NOT found.\r\n\r\nAt address:\r\n\r\n    COM4"},
+     "This I/O port was NOT found.\r\n\r\nAt address:\r\n\r\n    COM4\r\n\r\nCould not open the I/O resource. (COM4)"},
 };
 
 TEST_F(CQueryInstrumentFake, TestShowsTheEnglishTexts) {

@@ -1,6 +1,11 @@
 // The Search Instruments page driven as a front end drives it, against the real I/O library: a simulated GPIB
 // bus and simulated instruments behind COM ports, in this process.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <chrono>
 
 #include <functional>
 #include <set>
@@ -12,10 +17,12 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
+#include "platform/Interrupt.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 
@@ -75,9 +82,9 @@ class SearchInstrumentsTest : public ::testing::Test {
     sim::Faults garbage, silent;
     garbage.garbage = true;
     silent.silent = true;
-    manager->SetSimulatedSerialInstrument(1, Make(kSupported));
-    manager->SetSimulatedSerialInstrument(2, Make(kSupported, garbage));
-    manager->SetSimulatedSerialInstrument(3, Make(kSupported, silent));
+    manager->SetSimulatedSerialPort(1, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported)));
+    manager->SetSimulatedSerialPort(2, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, garbage)));
+    manager->SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, silent)));
     Components::SetIOManagerFactory([m = manager] { return m; });
   }
   void TearDown() override {
@@ -122,7 +129,7 @@ class SearchInstrumentsTest : public ::testing::Test {
 
   test::ScriptedHost host;
   test::ScopedHost scopedHost{host};
-  std::shared_ptr<io::SimulatedBus> bus = std::make_shared<io::SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<io::IOManager> manager = std::make_shared<io::IOManager>(
       io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "test"));
   RecordingView view;
@@ -154,9 +161,9 @@ TEST_F(SearchInstrumentsTest, SearchListsEveryAnswerAndOffersToExcludeSilentPort
   EXPECT_TRUE(std::is_sorted(view.progress.begin(), view.progress.end()));
   EXPECT_EQ(page->MousePointer(), 0);
 
-  // COM3 and COM4 gave no reply, so only they may be excluded; the user excluded COM3.
+  // COM3 gave no reply, so only it may be excluded (COM4 has no device); the user excluded COM3.
   EXPECT_EQ(page->InstrumentFoundOnCOM(), (std::array<bool, 4>{true, true, false, false}));
-  EXPECT_EQ(view.results, (std::vector<std::array<int, 4>>{{-1, -1, 0, 0}}));
+  EXPECT_EQ(view.results, (std::vector<std::array<int, 4>>{{-1, -1, 0, -1}}));
   EXPECT_FALSE(page->Configuration()->RS232PortIncluded(3));
   EXPECT_TRUE(page->Changed());
   EXPECT_TRUE(control->IOConfiguration()->RS232PortIncluded(3)) << "the control changes only on Apply";
@@ -227,8 +234,8 @@ TEST_F(SearchInstrumentsTest, NothingIncludedListsNothingAndStillOffersTheResult
   page->Search_Click();
   EXPECT_TRUE(page->Rows().empty());
   EXPECT_NE(page->MessageText(), "Search Complete.");
-  // Every port may be excluded, and the excluded ones show their tick.
-  EXPECT_EQ(view.results, (std::vector<std::array<int, 4>>{{1, 1, 1, 1}}));
+  // Every port with a device may be excluded, and the excluded ones show their tick.
+  EXPECT_EQ(view.results, (std::vector<std::array<int, 4>>{{1, 1, 1, -1}}));
 }
 
 TEST_F(SearchInstrumentsTest, PortThatCannotBeOpenedIsReportedAndTheSearchGoesOn) {
@@ -287,6 +294,88 @@ TEST_F(SearchInstrumentsTest, IdleTimerFollowsAnAddressChangedElsewhere) {
   page->TimerIdleProcessing_Timer();
   EXPECT_EQ(ConnectedAddress(), "GPIB0::3");
   EXPECT_EQ(page->MessageText(), Messages::Load(274));
+}
+
+// COM1 a pseudo-terminal nobody answers, COM2 speaking garbage, COM3 a supported instrument, COM4 a device node
+// that is not there, and the simulated bus.
+class MixedPortsTest : public SearchInstrumentsTest {
+ protected:
+  void SetUp() override {
+    SearchInstrumentsTest::SetUp();
+    master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(master, 0);
+    ::grantpt(master);
+    ::unlockpt(master);
+    manager = std::make_shared<io::IOManager>(io::BoardMap::FromText(
+        "GPIB0 = sim\nCOM1 = " + std::string(::ptsname(master)) + "\nCOM2 = sim\nCOM3 = sim\nCOM4 = /dev/cvn-none\n",
+        "test"));
+    manager->SetSimulatedBus(0, bus);
+    sim::Faults garbage;
+    garbage.garbage = true;
+    manager->SetSimulatedSerialPort(2, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported, garbage)));
+    manager->SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(Make(kSupported)));
+    Components::SetIOManagerFactory([m = manager] { return m; });
+  }
+  void TearDown() override {
+    SearchInstrumentsTest::TearDown();
+    ::close(master);
+  }
+  void BindAll(bool parallel) {
+    Bind("GPIB0::12::INSTR", {1, 2, 3, 4}, {1, 3, 5, 12, 20}, false, [](CIOconfiguration& config) {
+      for (int port = 1; port <= 4; ++port) config.SetRS232PortInstalled(port, true);
+      config.SetGPIBPortInstalled(0, true);
+    });
+    page->SetParallelSearch(parallel);
+    view.results.clear();
+  }
+  int master = -1;
+};
+
+TEST_F(MixedPortsTest, ParallelSearchListsExactlyWhatTheSequentialOneLists) {
+  struct Outcome {
+    std::vector<InstrumentRow> rows;
+    std::vector<std::string> boxes;
+    std::vector<std::array<int, 4>> results;
+  };
+  std::vector<Outcome> outcomes;
+  for (const bool parallel : {false, true}) {
+    BindAll(parallel);
+    page->Search_Click();
+    Outcome outcome{page->Rows(), {}, view.results};
+    outcome.rows.front().reply.clear();  // the garbage differs from one search to the next
+    for (const auto& box : host.boxes) outcome.boxes.push_back(box.prompt);
+    outcomes.push_back(outcome);
+  }
+  EXPECT_EQ(Column(outcomes[0].rows, &InstrumentRow::address),
+            (std::vector<std::string>{"COM2", "COM3", "GPIB0::1", "GPIB0::3", "GPIB0::5", "GPIB0::12", "GPIB0::20"}));
+  // The missing node is named with the system's cause and left out of the results dialog.
+  ASSERT_EQ(outcomes[0].boxes.size(), 1u);
+  EXPECT_NE(outcomes[0].boxes[0].find("    COM4\r\n\r\nCould not open the I/O resource. (/dev/cvn-none: No such file"),
+            std::string::npos)
+      << outcomes[0].boxes[0];
+  EXPECT_EQ(outcomes[0].results, (std::vector<std::array<int, 4>>{{0, -1, -1, -1}}));
+  EXPECT_EQ(outcomes[1].rows, outcomes[0].rows);
+  EXPECT_EQ(outcomes[1].boxes, outcomes[0].boxes);
+  EXPECT_EQ(outcomes[1].results, outcomes[0].results);
+}
+
+TEST_F(MixedPortsTest, StopEndsTheSearchSoonWithTheRowsFoundSoFar) {
+  using Clock = std::chrono::steady_clock;
+  // Sequentially the silent COM1 still holds the search when it is stopped; in parallel every other port is done.
+  const std::pair<bool, std::size_t> cases[] = {{false, 0}, {true, 7}};
+  for (const auto& [parallel, rows] : cases) {
+    SCOPED_TRACE(parallel ? "parallel" : "sequential");
+    BindAll(parallel);
+    const Clock::time_point stopAt = Clock::now() + std::chrono::milliseconds(600);
+    const Interrupt::Scope stop([stopAt] { return Clock::now() >= stopAt; });
+    EXPECT_THROW(page->Search_Click(), Interrupted);
+    // Well before the silent port's 2.5 s reply limit.
+    EXPECT_LT(Clock::now() - stopAt, std::chrono::milliseconds(500));
+    EXPECT_EQ(page->Rows().size(), rows);
+    EXPECT_FALSE(page->Searching());
+    EXPECT_FALSE(page->Changed());
+    EXPECT_TRUE(view.results.empty()) << "nothing offered";
+  }
 }
 
 TEST(AddInstrumentToList, RowsFollowTheReplysFields) {

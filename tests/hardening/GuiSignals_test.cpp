@@ -48,9 +48,9 @@ class GuiSignals : public ::testing::TestWithParam<int> {};
 
 TEST_P(GuiSignals, TheFormIsSavedAndTheProgramExitsNormally) {
   hardening::TempDir dir;
-  const std::string form = (dir.Path() / "form.json").string();
+  const std::string form = (dir.path() / "form.json").string();
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  ::setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
+  ::setenv("XDG_CONFIG_HOME", dir.path().c_str(), 1);
   const char* argv[] = {CVNSCOPE_GUI_PATH, "--form", form.c_str(), nullptr};
   pid_t pid = 0;
   ASSERT_EQ(::posix_spawn(&pid, CVNSCOPE_GUI_PATH, nullptr, nullptr, const_cast<char**>(argv), environ), 0);

@@ -13,13 +13,14 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <thread>
+#include <tuple>
 
 #include "platform/InstrumentIO.h"
 #include "server/BlockReader.h"
 #include "server/Cvn73100Server.h"
 #include "server/ServerError.h"
 #include "tests/hardening/Hardening.h"
+#include "tests/support/ScriptedIO.h"
 
 namespace {
 
@@ -72,62 +73,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMiB = std::size_t{1} << 20;
 constexpr std::int32_t kChannelTimeoutMs = 5000;
 
-// A GPIB channel that answers every query with a scripted reply. A reply marked as ending with EOI ends in a
-// short read, the way the block reader expects a channel to report the end of a message; after the end, or
-// when a reply without EOI runs out, a read waits out the channel's Timeout like a real line.
-class ScriptedChannel : public IInstrumentIO, public IPort {
- public:
-  ScriptedChannel(std::string reply, bool endsWithEoi) : m_reply(std::move(reply)), m_eoi(endsWithEoi) {}
-
-  std::string IOType() const override { return "GPIB"; }
-  std::string ResourceName() const override { return "GPIB0::7::INSTR"; }
-  std::int32_t Timeout() const override { return m_timeout; }
-  void SetTimeout(std::int32_t ms) override { m_timeout = ms; }
-  void Clear() override { m_pos = m_reply.size(); }
-  void Output(const std::string&) override { m_pos = 0; }
-  void Enter(std::string& data, const std::string&) override {
-    Bytes bytes;
-    ReadBytes(static_cast<std::int32_t>(m_reply.size() - m_pos), bytes);
-    data.assign(bytes.begin(), bytes.end());
-  }
-  std::int16_t OutputTermination() const override { return 10; }
-  void SetOutputTermination(std::int16_t) override {}
-  std::int32_t ReadBytes(std::int32_t count, Bytes& buffer) override {
-    const std::size_t left = m_reply.size() - m_pos;
-    const auto wanted = static_cast<std::size_t>(count);
-    if (left >= wanted || (m_eoi && left > 0)) {
-      const std::size_t n = std::min(left, wanted);
-      buffer.assign(m_reply.begin() + static_cast<std::ptrdiff_t>(m_pos),
-                    m_reply.begin() + static_cast<std::ptrdiff_t>(m_pos + n));
-      m_pos += n;
-      return static_cast<std::int32_t>(n);
-    }
-    m_pos = m_reply.size();
-    std::this_thread::sleep_for(std::chrono::milliseconds(m_timeout));
-    throw IOError(IOERR_TIMEOUT, "scripted channel");
-  }
-  void WriteBytes(std::int32_t, const Bytes&) override {}
-  IPort& Port() override { return *this; }
-  ISerialIO* Serial() override { return nullptr; }
-  void Close() override {}
-
- private:
-  std::string m_reply;
-  bool m_eoi;
-  std::size_t m_pos = 0;
-  std::int32_t m_timeout = 2000;
-};
-
-class ScriptedManager : public IIOManager {
- public:
-  explicit ScriptedManager(std::shared_ptr<ScriptedChannel> channel) : m_channel(std::move(channel)) {}
-  std::vector<std::string> FindResources(const std::string&) override { return {"GPIB0::7::INSTR"}; }
-  std::shared_ptr<IInstrumentIO> Open(const std::string&) override { return m_channel; }
-
- private:
-  std::shared_ptr<ScriptedChannel> m_channel;
-};
-
 struct LieCase {
   const char* name;
   std::string reply;
@@ -159,31 +104,28 @@ TEST_P(LyingBlockHeader, SpecificErrorAtOnceWithoutHoldingTheClaimedMemory) {
   const LieCase& c = GetParam();
   for (const Reader& reader : kReaders) {
     SCOPED_TRACE(reader.name);
-    auto channel = std::make_shared<ScriptedChannel>(c.reply, c.endsWithEoi);
-    server::Cvn73100Server server(std::make_shared<ScriptedManager>(channel));
-    server.OpenConnection("GPIB0::7::INSTR");
-    channel->SetTimeout(kChannelTimeoutMs);
-
+    // A channel whose reads past the reply wait out its timeout, as a real line's do.
     auto attempt = [&] {
-      try {
-        reader.read(server);
-      } catch (const ScopeError& e) {
-        return server::ServerErrorCondition(e);
-      }
-      return 0;
+      auto channel = std::make_shared<test::ScriptedIO>(c.reply);
+      channel->eoi = c.endsWithEoi;
+      channel->waitOnSilence = true;
+      server::Cvn73100Server server(std::make_shared<test::ScriptedManager>(channel));
+      server.OpenConnection("GPIB0::7::INSTR");
+      channel->SetTimeout(kChannelTimeoutMs);
+      const std::size_t rssBefore = PeakResidentBytes();
+      const std::size_t heapBefore = g_live.load();
+      g_peak.store(heapBefore);
+      const auto start = Clock::now();
+      const std::int32_t error = server::ServerErrorCondition(test::ErrorOf([&] { reader.read(server); }));
+      const double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+      return std::make_tuple(error, ms, g_peak.load() - heapBefore, PeakResidentBytes() - rssBefore);
     };
     attempt();  // the first run pays for the code and the error text; the second one is measured
-
-    const std::size_t rssBefore = PeakResidentBytes();
-    const std::size_t heapBefore = g_live.load();
-    g_peak.store(heapBefore);
-    const auto start = Clock::now();
-    EXPECT_EQ(attempt(), c.error);
-    const double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-
+    const auto [error, ms, heap, rss] = attempt();
+    EXPECT_EQ(error, c.error);
     EXPECT_LT(ms, kChannelTimeoutMs / 10.0) << "the reader waited on the channel";
-    EXPECT_LT(g_peak.load() - heapBefore, kMiB) << "peak heap bytes during the read";
-    EXPECT_LT(PeakResidentBytes() - rssBefore, kMiB) << "peak resident bytes during the read";
+    EXPECT_LT(heap, kMiB) << "peak heap bytes during the read";
+    EXPECT_LT(rss, kMiB) << "peak resident bytes during the read";
   }
 }
 
@@ -194,8 +136,6 @@ INSTANTIATE_TEST_SUITE_P(
         LieCase{"TenDigitLengthThenEnd", "#9999999999\n", true, server::SERVERERR_BLOCK_TOO_LARGE},
         LieCase{"TenBytesClaimedFourSentThenEnd", "#210ABCD", true, server::SERVERERR_BLOCK_SHORT},
         LieCase{"AlmostTheCapClaimedFourSentThenEnd", "#71000000ABCD", true, server::SERVERERR_BLOCK_SHORT},
-        LieCase{"NonDigitLength", "#21AABCD\n", true, server::SERVERERR_BLOCK_HEADER},
-        LieCase{"NonDigitCount", "#XABCD\n", true, server::SERVERERR_BLOCK_HEADER},
         LieCase{"IndefiniteLength", "#0ABCD\n", true, server::SERVERERR_BLOCK_INDEFINITE}),
     [](const ::testing::TestParamInfo<LieCase>& param) { return std::string(param.param.name); });
 

@@ -12,7 +12,7 @@
 #include "diagnostics/CDebug.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "setups/SetupsCvn73100Scope.h"
@@ -59,7 +59,7 @@ class Soak : public ::testing::Test {
  protected:
   void SetUp() override {
     auto manager = std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault());
-    auto bus = std::make_shared<io::SimulatedBus>();
+    auto bus = std::make_shared<sim::SimulatedBus>();
     bus->Attach(7, instrument);
     manager->SetSimulatedBus(0, bus);
     server::RegisterAutomationServer();
@@ -99,8 +99,8 @@ class Soak : public ::testing::Test {
   }
 
   TempDir dir;
-  ScopedEnv tmp{"TMPDIR", dir.Path().string()};
-  fs::path file = dir.Path() / "soak.scp";
+  ScopedEnv tmp{"TMPDIR", dir.path().string()};
+  fs::path file = dir.path() / "soak.scp";
   std::shared_ptr<sim::Instrument> instrument = std::make_shared<sim::Instrument>();
   std::unique_ptr<Cvn73100Scope> control;
   std::shared_ptr<SetupCvn73100Scope> fetched;
@@ -120,7 +120,7 @@ TEST_F(Soak, MemoryAndDescriptorsStayFlat) {
   for (int trip = 0; trip < kRoundTrips; ++trip) {
     if (trip == kWarmUpRoundTrips) {
       residentAtStart = ResidentBytes();
-      descriptorsAtStart = OpenDescriptors();
+      descriptorsAtStart = OpenDescriptorCount();
     }
     for (int q = 0; q < kQueriesPerRoundTrip; ++q) {
       const Exchange& e = kExchanges[static_cast<std::size_t>(q) % std::size(kExchanges)];
@@ -130,7 +130,7 @@ TEST_F(Soak, MemoryAndDescriptorsStayFlat) {
     if (trip % 100 == 99) samples.push_back(ResidentBytes());
   }
   const std::size_t residentAtEnd = ResidentBytes();
-  const int descriptorsAtEnd = OpenDescriptors();
+  const int descriptorsAtEnd = OpenDescriptorCount();
 
   std::ostringstream trace;
   for (std::size_t s : samples) trace << s / 1024 << " ";

@@ -80,17 +80,6 @@ class CIOconfigurationTest : public ::testing::Test {
   std::vector<std::string>& blocks = support.blocks;
 };
 
-TEST_F(CIOconfigurationTest, NewConfigurationHoldsTheDefaults) {
-  CIOconfiguration c;
-  EXPECT_EQ(c.ActiveAddressString(), "GPIB0::7::INSTR");
-  EXPECT_EQ(c.ActiveIOPort(), "GPIB0");
-  EXPECT_TRUE(c.ActivePortIsGPIB());
-  EXPECT_EQ(c.ActivePortGPIBAddress(), 7);
-  EXPECT_FALSE(c.HasInstalledPorts());
-  EXPECT_FALSE(c.DTROnly());  // the default tables are checked byte for byte with the image
-  EXPECT_TRUE(blocks.empty());
-}
-
 TEST_F(CIOconfigurationTest, AddressesTakeTheirCanonicalAndServerForms) {
   const struct {
     const char* text;
@@ -119,10 +108,6 @@ TEST_F(CIOconfigurationTest, AddressesTakeTheirCanonicalAndServerForms) {
     c.SetActiveAddressString(t.text);
     EXPECT_EQ(c.ActiveAddressString(), t.canonical);
     EXPECT_EQ(c.ActiveAutomationServerAddress(), t.server);
-    // The canonical form is a fixed point.
-    CIOconfiguration again = c;
-    again.SetActiveAddressString(c.ActiveAddressString());
-    EXPECT_EQ(again, c);
   }
 }
 
@@ -249,8 +234,6 @@ TEST_F(CIOconfigurationTest, PortNameConverters) {
       EXPECT_EQ((c.*valid)(name), expected == 1);
   }
 
-  EXPECT_EQ(c.GPIBPortString(3), "GPIB3");
-  EXPECT_EQ(c.RS232PortString(1), "COM1");
   EXPECT_EQ(c.GPIBPortIndex("gpib2::5::instr"), 2);
   EXPECT_EQ(c.RS232PortIndex("COM3::Baud=2400"), 3);
   EXPECT_TRUE(c.IsStringGPIB("gpib"));

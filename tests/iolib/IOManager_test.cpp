@@ -4,7 +4,7 @@
 
 #include "iolib/IOLibrary.h"
 #include "iolib/ResourceAddress.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
@@ -76,7 +76,7 @@ class IOManagerTest : public ::testing::Test {
                                       "\nCOM2 = /dev/cvn-no-such-node\nCOM3 = sim\nCOM4 = none\n"
                                       "GPIB0 = sim\nGPIB2 = linux-gpib:0\nLIBGPIB = /nonexistent/libgpib.so.0\n");
     m_manager = std::make_unique<IOManager>(map);
-    m_bus = std::make_shared<SimulatedBus>();
+    m_bus = std::make_shared<sim::SimulatedBus>();
     m_bus->Attach(7, std::make_shared<sim::Instrument>());
     m_bus->Attach(12, std::make_shared<sim::Instrument>());
     m_manager->SetSimulatedBus(0, m_bus);
@@ -85,7 +85,7 @@ class IOManagerTest : public ::testing::Test {
   sim::Instrument m_instrument;
   sim::InstrumentPort m_port;
   sim::PtyServer m_pty;
-  std::shared_ptr<SimulatedBus> m_bus;
+  std::shared_ptr<sim::SimulatedBus> m_bus;
   std::unique_ptr<IOManager> m_manager;
 };
 

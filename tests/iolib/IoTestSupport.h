@@ -7,29 +7,25 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/InstrumentIO.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
 #include "simulator/TcpServer.h"
 #include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100::io::test {
 
+using cvn73100::test::ErrorOf;
 using cvn73100::test::OpenDescriptorCount;
 using cvn73100::test::ScopedEnv;
 
 // The I/O condition a call raises, or 0 when it returns normally.
-inline std::int32_t ConditionOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const ScopeError& error) {
-    return IOErrorCondition(error);
-  }
-  return 0;
-}
+inline std::int32_t ConditionOf(const std::function<void()>& call) { return IOErrorCondition(ErrorOf(call)); }
 
 // How long a call takes.
 inline std::chrono::milliseconds Elapsed(const std::function<void()>& call) {
@@ -133,7 +129,7 @@ class Backends {
     standIn.attach(3, 7, 0, 0);
     bus->Attach(7, m_busInstrument);
     manager.SetSimulatedBus(0, bus);
-    manager.SetSimulatedSerialInstrument(3, m_serialInstrument);
+    manager.SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(m_serialInstrument));
   }
   ~Backends() { standIn.reset(); }
 
@@ -145,7 +141,7 @@ class Backends {
   }
 
   StandIn standIn;
-  std::shared_ptr<SimulatedBus> bus = std::make_shared<SimulatedBus>();
+  std::shared_ptr<sim::SimulatedBus> bus = std::make_shared<sim::SimulatedBus>();
   std::shared_ptr<sim::Instrument> m_busInstrument = std::make_shared<sim::Instrument>();
   std::shared_ptr<sim::Instrument> m_serialInstrument = std::make_shared<sim::Instrument>();
   sim::Instrument m_ptyInstrument;

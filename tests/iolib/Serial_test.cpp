@@ -5,6 +5,7 @@
 
 #include "iolib/IOManager.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
 #include "tests/iolib/IoTestSupport.h"
@@ -22,7 +23,7 @@ class SerialTest : public ::testing::Test {
       : m_port(m_instrument, sim::InstrumentPort::Line::Serial),
         m_pty(std::make_unique<sim::PtyServer>(m_port)),
         m_manager(BoardMap::FromText("COM1 = " + m_pty->DevicePath() + "\nCOM3 = sim\n")) {
-    m_manager.SetSimulatedSerialInstrument(3, m_inProcess);
+    m_manager.SetSimulatedSerialPort(3, std::make_shared<sim::SimulatedSerialPort>(m_inProcess));
   }
 
   // Opens a COM port with the line settings of the identification query.

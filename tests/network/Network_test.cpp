@@ -24,20 +24,14 @@
 #include "simulator/PtyServer.h"
 #include "simulator/Vxi11Gateway.h"
 #include "tests/network/NetworkPeers.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100::network {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::int32_t IOConditionOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const ScopeError& e) {
-    return IOErrorCondition(e);
-  }
-  return 0;
-}
+std::int32_t IOConditionOf(const std::function<void()>& call) { return IOErrorCondition(test::ErrorOf(call)); }
 
 std::shared_ptr<io::IOManager> Manager(const std::string& config) {
   return std::make_shared<io::IOManager>(io::BoardMap::FromText(config));
@@ -176,20 +170,14 @@ class SerialServer : public ::testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
     if (!Ser2net::Installed()) GTEST_SKIP() << "ser2net is not installed";
-    char pattern[] = "/tmp/cvnnet.XXXXXX";
-    m_directory = ::mkdtemp(pattern);
     m_port = std::make_unique<sim::InstrumentPort>(m_instrument, sim::InstrumentPort::Line::Serial);
     m_pty = std::make_unique<sim::PtyServer>(*m_port);
-    m_server = std::make_unique<Ser2net>(m_pty->DevicePath(), m_directory);
+    m_server = std::make_unique<Ser2net>(m_pty->DevicePath(), m_directory.path().string());
     ASSERT_TRUE(m_server->ready);
-  }
-  void TearDown() override {
-    m_server.reset();
-    if (!m_directory.empty()) std::system(("rm -rf " + m_directory).c_str());
   }
   int Port(const std::string& kind) const { return kind == "rfc2217" ? m_server->rfc2217Port : m_server->rawPort; }
 
-  std::string m_directory;
+  test::TempDir m_directory{"cvnnet"};
   sim::Instrument m_instrument;
   std::unique_ptr<sim::InstrumentPort> m_port;
   std::unique_ptr<sim::PtyServer> m_pty;
@@ -212,9 +200,8 @@ TEST(SerialServerBytes, EveryByteValuePassesRfc2217BothWays) {
   ASSERT_GE(master, 0);
   ::grantpt(master);
   ::unlockpt(master);
-  char pattern[] = "/tmp/cvnnet.XXXXXX";
-  const std::string directory = ::mkdtemp(pattern);
-  Ser2net server(::ptsname(master), directory);
+  const test::TempDir directory("cvnnet");
+  Ser2net server(::ptsname(master), directory.path().string());
   ASSERT_TRUE(server.ready);
   io::Rfc2217Line line("127.0.0.1", server.rfc2217Port);
   std::vector<std::uint8_t> all(256);
@@ -240,7 +227,6 @@ TEST(SerialServerBytes, EveryByteValuePassesRfc2217BothWays) {
             all);
   line.Close();
   ::close(master);
-  std::system(("rm -rf " + directory).c_str());
 }
 
 // A one-connection TCP server that plays `behaviour` on the accepted socket, then closes it.

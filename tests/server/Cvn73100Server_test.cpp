@@ -1,19 +1,18 @@
 #include "server/Cvn73100Server.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iterator>
 
 #include "platform/Components.h"
 #include "server/ServerError.h"
 #include "simulator/Waveform.h"
-#include "tests/server/ScriptedIO.h"
-#include "tests/server/SimulatedScope.h"
+#include "tests/support/ScriptedIO.h"
+#include "tests/support/SimulatedScope.h"
+#include "tests/support/TempDir.h"
 
 namespace cvn73100::server {
 namespace {
@@ -21,12 +20,8 @@ namespace {
 namespace fs = std::filesystem;
 
 std::int32_t ServerCondition(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ScopeError& e) {
-    return ServerErrorCondition(e) != 0 ? ServerErrorCondition(e) : IOErrorCondition(e);
-  }
-  return 0;
+  const ScopeError e = test::ErrorOf(action);
+  return ServerErrorCondition(e) != 0 ? ServerErrorCondition(e) : IOErrorCondition(e);
 }
 
 class ServerTest : public ::testing::Test {
@@ -142,25 +137,13 @@ TEST_F(ServerTest, SettingsReachTheInstrumentAndReadBack) {
   expected.triggerCoupling = 2;
   EXPECT_EQ(sim.scope->State(), expected);
 
-  EXPECT_EQ(server.Acquisition().Type(), Cvn73100_AcquisitionType_Average);
-  EXPECT_EQ(server.Acquisition().Count(), Cvn73100_AcquisitionCount_64);
-  EXPECT_EQ(server.AnalogChannels().Display(Cvn73100_Channel_1), Cvn73100_Off);
-  EXPECT_EQ(server.AnalogChannels().Coupling(Cvn73100_Channel_3), Cvn73100_ProbeCoupling_GND);
-  EXPECT_EQ(server.AnalogChannels().ProbeAttenuation(Cvn73100_Channel_4), Cvn73100_ProbeAttenuation_X20);
+  // Enumerated settings read back on every line (ScpiDialect); the numbers read back here.
   EXPECT_EQ(server.AnalogChannels().Range(Cvn73100_Channel_2), 0.4);
   EXPECT_EQ(server.AnalogChannels().Offset(Cvn73100_Channel_2), -0.125);
-  EXPECT_EQ(server.LogicChannel().Display(Cvn73100_Logic_D3), Cvn73100_On);
-  EXPECT_EQ(server.Trace().Display(Cvn73100_Channel_D15), Cvn73100_On);
-  EXPECT_EQ(server.Trace().Display(Cvn73100_Channel_A3), Cvn73100_On);
-  EXPECT_EQ(server.Timebase().Mode(), Cvn73100_TimeMode_Roll);
-  EXPECT_EQ(server.Timebase().Range(), 2e-2);
   EXPECT_EQ(server.Timebase().Delay(), 2.5e-6);
-  EXPECT_EQ(server.Timebase().Reference(), Cvn73100_TimeReference_Left);
-  EXPECT_EQ(server.Trigger().Mode(), Cvn73100_TriggerMode_AutoLevel);
-  EXPECT_EQ(server.Trigger().Source(), Cvn73100_TriggerSource_Logic_D7);
-  EXPECT_EQ(server.Trigger().Slope(), Cvn73100_TriggerSlope_Negative);
   EXPECT_EQ(server.Trigger().Level(), 0.75);
-  EXPECT_EQ(server.Trigger().Coupling(), Cvn73100_TriggerCoupling_AC);
+  EXPECT_EQ(server.Acquisition().Count(), Cvn73100_AcquisitionCount_64);
+  EXPECT_EQ(server.AnalogChannels().ProbeAttenuation(Cvn73100_Channel_4), Cvn73100_ProbeAttenuation_X20);
   EXPECT_EQ(server.Utilities().QueryInstrumentError(), "");
 }
 
@@ -251,10 +234,6 @@ TEST_F(ServerTest, LogicDataIsTheCounterWord) {
   for (std::size_t i = 0; i < t.size(); ++i) ASSERT_EQ(w[i].AsLong(), sim::Waveform::LogicWord(t[i])) << i;
 }
 
-std::uint32_t LittleEndian32(const Bytes& b, std::size_t at) {
-  return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | static_cast<std::uint32_t>(b[at + 3]) << 24;
-}
-
 TEST_F(ServerTest, ScreenImagesDecodeInEveryFormatTheInstrumentSends) {
   const struct {
     Cvn73100_ImageFormat format;
@@ -270,27 +249,17 @@ TEST_F(ServerTest, ScreenImagesDecodeInEveryFormatTheInstrumentSends) {
     EXPECT_EQ(picture.width, 640);
     EXPECT_EQ(picture.height, 480);
   }
-  const Picture bmp = server.GetScreenImage();
-  ASSERT_GE(bmp.data.size(), 54u);
-  EXPECT_EQ(LittleEndian32(bmp.data, 2), bmp.data.size());   // the file size field
-  EXPECT_LE(LittleEndian32(bmp.data, 10), bmp.data.size());  // pixel data inside the file
-  const std::uint32_t bits = bmp.data[28] | bmp.data[29] << 8;
-  const std::size_t row = (640 * bits / 8 + 3) / 4 * 4;
-  EXPECT_EQ(bmp.data.size(), LittleEndian32(bmp.data, 10) + row * 480);
-
   EXPECT_EQ(ServerCondition([&] { server.GetScreenImage(Cvn73100_ImageFormat_WMF); }), SERVERERR_BAD_ARGUMENT);
   EXPECT_EQ(ServerCondition([&] { server.GetScreenImage(Cvn73100_ImageFormat_EMF); }), SERVERERR_BAD_ARGUMENT);
 }
 
 TEST_F(ServerTest, SaveScreenImageWritesTheWholeFileOrNothing) {
-  const fs::path dir = fs::temp_directory_path() / ("cvn-server-" + std::to_string(::getpid()));
-  fs::create_directories(dir);
-  const fs::path file = dir / "screen.bmp";
-  { std::ofstream(file) << "previous"; }
+  const test::TempDir temp("cvn-server");
+  const fs::path& dir = temp.path();
+  const fs::path file = temp.Make("screen.bmp", "previous");
   server.SaveScreenImage(file.string(), Cvn73100_ImageFormat_BMP);
-  std::ifstream in(file, std::ios::binary);
-  const Bytes saved((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  EXPECT_EQ(saved, server.GetScreenImage().data);
+  const std::string saved = test::ReadAll(file);
+  EXPECT_EQ(Bytes(saved.begin(), saved.end()), server.GetScreenImage().data);
 
   const fs::path missing = dir / "no-such-dir" / "screen.bmp";
   EXPECT_EQ(ServerCondition([&] { server.SaveScreenImage(missing.string()); }), SERVERERR_FILE);
@@ -299,7 +268,6 @@ TEST_F(ServerTest, SaveScreenImageWritesTheWholeFileOrNothing) {
             SERVERERR_BAD_ARGUMENT);
   EXPECT_EQ(fs::file_size(file), saved.size());
   EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 1);
-  fs::remove_all(dir);
 }
 
 TEST_F(ServerTest, QueryInstrumentErrorReportsABadCommandOnce) {
@@ -370,35 +338,9 @@ TEST(ServerAddresses, UnknownFormsAreRefused) {
   EXPECT_EQ(ServerCondition([&] { server.OpenConnection("GPIB3::7::INSTR"); }), IOERR_OPEN_FAILED);
 }
 
-// An I/O manager that hands out one scripted channel.
-class ScriptedManager : public IIOManager {
- public:
-  explicit ScriptedManager(std::shared_ptr<test::ScriptedIO> io) : m_io(std::move(io)) {}
-  std::vector<std::string> FindResources(const std::string&) override { return {}; }
-  std::shared_ptr<IInstrumentIO> Open(const std::string&) override { return m_io; }
-
- private:
-  std::shared_ptr<test::ScriptedIO> m_io;
-};
-
-TEST(ServerFaults, ADeviceVanishingDuringReadStateDataIsAnError) {
-  auto io = std::make_shared<test::ScriptedIO>("#3100" + std::string(40, 's'));
-  io->endError = IOError(IOERR_DEVICE_VANISHED, "unplugged");
-  Cvn73100Server server(std::make_shared<ScriptedManager>(io));
-  server.OpenConnection("GPIB0::7::INSTR");
-  try {
-    server.Utilities().ReadStateData();
-    FAIL() << "no error";
-  } catch (const ScopeError& e) {
-    EXPECT_EQ(IOErrorCondition(e), IOERR_DEVICE_VANISHED);
-  }
-  ASSERT_FALSE(io->written.empty());
-  EXPECT_EQ(io->written.back(), ":SYSTem:SETup?");
-}
-
 TEST(ServerFaults, ALyingSetupHeaderIsRefusedBeforeAnyAllocation) {
   auto io = std::make_shared<test::ScriptedIO>("#9999999999\n");
-  Cvn73100Server server(std::make_shared<ScriptedManager>(io));
+  Cvn73100Server server(std::make_shared<test::ScriptedManager>(io));
   server.OpenConnection("GPIB0::7::INSTR");
   EXPECT_EQ(ServerCondition([&] { server.Utilities().ReadStateData(); }), SERVERERR_BLOCK_TOO_LARGE);
   EXPECT_LE(io->largestRead, 9);

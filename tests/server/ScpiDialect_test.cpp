@@ -13,7 +13,7 @@
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
-#include "tests/server/SimulatedScope.h"
+#include "tests/support/SimulatedScope.h"
 
 namespace cvn73100::server {
 namespace {

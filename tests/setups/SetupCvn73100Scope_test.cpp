@@ -1,6 +1,6 @@
 #include "setups/SetupCvn73100Scope.h"
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "setups/CSetupFile.h"
 #include "setups/SetupsCvn73100Scope.h"
 #include "tests/setups/SetupTestSupport.h"

@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
@@ -19,7 +19,7 @@
 #include "setups/CSetupFile.h"
 #include "setups/Cvn73100PPSetup.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/server/SimulatedScope.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"
 

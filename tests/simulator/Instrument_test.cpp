@@ -53,14 +53,6 @@ TEST(Instrument, ReplyEndsWithLfAndEndOnItsLastByte) {
   EXPECT_EQ(rest.size() + 10, Identity{}.Reply().size() + 1);
 }
 
-TEST(Instrument, UnreadReplyIsInterruptedByTheNextMessage) {
-  Instrument scope;
-  Write(scope, "*IDN?", true);
-  Write(scope, ":WAV:POIN?", true);
-  EXPECT_EQ(ReadAll(scope, 100ms), "1000\n");
-  EXPECT_EQ(scope.Errors(), std::vector<int>{kQueryInterrupted});
-}
-
 TEST(Instrument, StreamOutputKeepsEveryReply) {
   Instrument scope;
   scope.SetStreamOutput(true);

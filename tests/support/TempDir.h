@@ -1,5 +1,9 @@
 #pragma once
+#include <fcntl.h>
+#include <linux/fs.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -21,7 +25,23 @@ inline void WriteAll(const std::filesystem::path& path, const std::string& bytes
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
-// A private folder under the system's temporary directory, removed with everything in it when the object goes.
+// Sets or clears the immutable attribute; false when the file system or the process's rights do not allow it.
+// Unlike permissions, the attribute also stops root, so a test can make a rename fail whoever runs it.
+inline bool SetImmutable(const std::filesystem::path& path, bool immutable) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return false;
+  int flags = 0;
+  bool done = ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
+  if (done) {
+    flags = immutable ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
+    done = ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+  }
+  ::close(fd);
+  return done;
+}
+
+// A private folder under the system's temporary directory, removed with everything in it when the object goes,
+// whatever a test did to the rights or attributes of what is inside.
 class TempDir {
  public:
   explicit TempDir(const std::string& prefix = "cvn-test") {
@@ -30,8 +50,17 @@ class TempDir {
     m_path = pattern;
   }
   ~TempDir() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    SetImmutable(m_path, false);
+    for (auto it = fs::recursive_directory_iterator(m_path, fs::directory_options::skip_permission_denied, ec);
+         it != fs::recursive_directory_iterator(); it.increment(ec)) {
+      if (it->is_symlink(ec)) continue;
+      SetImmutable(it->path(), false);
+      if (it->is_directory(ec)) fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
+    }
+    fs::permissions(m_path, fs::perms::owner_all, fs::perm_options::add, ec);
+    fs::remove_all(m_path, ec);
   }
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;

@@ -1,16 +1,18 @@
 // The control widget and the property frame: pages offered in order and opened where the selector
-// says, centring on the screen, Apply / OK / Cancel, and the widget's deferred layout.
+// says, centring on the screen, Apply / OK / Cancel, the widget's deferred layout and its Qt properties.
 #include "ui/PropertyFrame.h"
 
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QMetaProperty>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "tests/ui/FrameTestSupport.h"
 #include "ui/Cvn73100ScopeWidget.h"
@@ -150,9 +152,13 @@ TEST_F(PropertyFrameTest, ApplyAndOkHandTheCopyBackCancelDoesNot) {
 TEST_F(PropertyFrameTest, WidgetShowsTheControlAndLaysOutOnceAfterResizing) {
   auto* address = widget->findChild<QLabel*>("LabelAddress");
   ASSERT_NE(address, nullptr);
-  Control().SetAddress("gpib1::12::instr");
+  QSignalSpy notified(widget.get(), &Cvn73100ScopeWidget::addressChanged);
+  Control().SetAddress("gpib1::12::instr");  // behind the widget's back: its next refresh notices
+  widget->Refresh();
   widget->Refresh();
   EXPECT_EQ(address->toolTip(), "GPIB1::12::INSTR");
+  ASSERT_EQ(notified.count(), 1);
+  EXPECT_EQ(notified.at(0).at(0).toString(), "GPIB1::12::INSTR");
 
   QTest::qWait(Cvn73100ScopeWidget::RESIZE_DELAY_MS * 2);
   const int before = widget->LayoutCount();
@@ -163,6 +169,45 @@ TEST_F(PropertyFrameTest, WidgetShowsTheControlAndLaysOutOnceAfterResizing) {
   EXPECT_FALSE(widget->ResizeTimer().isActive());
   EXPECT_EQ(widget->LayoutCount(), before + 1);
   EXPECT_EQ(address->text(), "GPIB1::12::INSTR");
+}
+
+TEST_F(PropertyFrameTest, DesignablePropertiesReachTheControlAndRefusedValuesChangeNothing) {
+  struct Case {
+    const char* name;
+    QVariant value;
+    QVariant expected;  // invalid: the control refuses the value and keeps what it had
+    std::function<QVariant()> control;
+  };
+  auto& c = Control();
+  const Case cases[] = {
+      {"address", "gpib1::12::instr", "GPIB1::12::INSTR", [&] { return QString::fromStdString(c.Address()); }},
+      {"address", "no such address", {}, [&] { return QString::fromStdString(c.Address()); }},
+      {"countryCode", 49, 49, [&] { return int(c.CountryCode()); }},
+      {"countryCode", 7, {}, [&] { return int(c.CountryCode()); }},
+      {"fontName", "DejaVu Sans", "DejaVu Sans", [&] { return QString::fromStdString(c.FontName()); }},
+      {"fontSize", 12, 12, [&] { return int(c.FontSize()); }},
+      {"fontSize", 40000, {}, [&] { return int(c.FontSize()); }},
+      {"txDelay", 25, 25, [&] { return c.TXDelay(); }},
+      {"txDelay", -1, {}, [&] { return c.TXDelay(); }},
+      {"supportMessageMode", 0, 0, [&] { return c.SupportMessageMode(); }},
+      {"resetOnInitialize", !c.ResetOnInitialize(), !c.ResetOnInitialize(), [&] { return c.ResetOnInitialize(); }},
+      {"checkIdOnInitialize", !c.CheckIDOnInitialize(), !c.CheckIDOnInitialize(),
+       [&] { return c.CheckIDOnInitialize(); }},
+      {"debugEnabled", true, true, [&] { return c.DebugEnabled(); }},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.name);
+    const QMetaObject* meta = widget->metaObject();
+    const QMetaProperty property = meta->property(meta->indexOfProperty(t.name));
+    ASSERT_TRUE(property.isValid());
+    EXPECT_TRUE(property.isDesignable() && property.isStored() && property.isWritable());
+    const QVariant before = t.control();
+    widget->setProperty(t.name, t.value);
+    const QVariant after = t.control();
+    EXPECT_EQ(after.toString(), (t.expected.isValid() ? t.expected : before).toString());
+    const QVariant read = widget->property(t.name);
+    EXPECT_EQ((property.isEnumType() ? QVariant(read.toInt()) : read).toString(), after.toString());
+  }
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 #include <QTest>
 #include <optional>
 
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/Messages.h"
 #include "tests/ui/FrameTestSupport.h"
 #include "ui/DialogPlacement.h"

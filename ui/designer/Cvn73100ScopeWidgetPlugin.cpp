@@ -3,6 +3,7 @@
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 #include "ui/Cvn73100ScopeWidget.h"
 #include "ui/QtHost.h"
 #include "ui/ScopeIcon.h"
@@ -48,6 +49,7 @@ QWidget* Cvn73100ScopeWidgetPlugin::createWidget(QWidget* parent) {
   // The control cannot be made without the I/O library and the automation server; registering them
   // again is harmless.
   io::RegisterIOLibrary();
+  sim::RegisterBackend();
   server::RegisterAutomationServer();
   InstallDesignHost();
   return new Cvn73100ScopeWidget(parent);

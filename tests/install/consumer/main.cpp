@@ -1,16 +1,18 @@
-// Identifies the instrument at GPIB0::7 through the installed control, I/O library and automation server.
+// Identifies the instrument at GPIB0::7 through the installed control, I/O library, simulator and automation server.
 #include <exception>
 #include <iostream>
 
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 #include "control/Cvn73100Scope.h"
 #include "iolib/IOLibrary.h"
 #include "platform/ScopeError.h"
 #include "server/Cvn73100Server.h"
+#include "simulator/Backend.h"
 
 int main() {
   try {
     cvn73100::io::RegisterIOLibrary();
+    cvn73100::sim::RegisterBackend();
     cvn73100::server::RegisterAutomationServer();
     cvn73100::Cvn73100Scope scope;
     scope.SetAddress("GPIB0::7::INSTR");

@@ -1,4 +1,5 @@
-// An instrument on its raw SCPI socket.
+// An instrument on its raw SCPI socket and on a pseudo-terminal, reached the way hosts reach them.
+#include "simulator/PtyServer.h"
 #include "simulator/TcpServer.h"
 
 #include <gtest/gtest.h>
@@ -47,6 +48,18 @@ TEST(TcpServer, RefusesAPortInUse) {
   InstrumentPort port(scope, InstrumentPort::Line::Socket);
   TcpServer server(port, 0);
   EXPECT_THROW(TcpServer(port, server.Port()), std::system_error);
+}
+
+TEST(PtyServer, XoffHoldsTheReplyUntilXon) {
+  Instrument scope;
+  InstrumentPort port(scope, InstrumentPort::Line::Serial);
+  PtyServer pty(port);
+  HostLine host = HostLine::OpenSerial(pty.DevicePath(), B9600, true);
+  host.Send("\x13*IDN?\n");
+  EXPECT_EQ(host.ReadUntil("\n", 300ms), "");
+  host.Send("\x11");
+  EXPECT_EQ(host.ReadUntil("\n"), Identity{}.Reply() + "\n");
+  EXPECT_TRUE(scope.Errors().empty());  // the flow-control bytes never reached the parser
 }
 
 }  // namespace

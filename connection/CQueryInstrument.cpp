@@ -1,4 +1,4 @@
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,6 +8,7 @@
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
+#include "platform/Interrupt.h"
 #include "platform/Os.h"
 #include "platform/SupportedModels.h"
 
@@ -154,12 +155,7 @@ std::int16_t CQueryInstrument::RS232IDNQuery(const std::string& address, std::st
 
   // Keywords after the port name are the automation server's business; the query uses the port's
   // configured settings.
-  const std::string portName = address.substr(0, RS232_PORT_NAME_LENGTH);
-  std::shared_ptr<IInstrumentIO> instrument;
-  try {
-    if (m_iomanager) instrument = m_iomanager->Open(portName);
-  } catch (const std::exception&) {
-  }
+  const std::shared_ptr<IInstrumentIO> instrument = OpenChannel(address.substr(0, RS232_PORT_NAME_LENGTH));
   if (!instrument) {
     reply.clear();
     return IDNPortNotFound;
@@ -211,6 +207,9 @@ std::int16_t CQueryInstrument::RS232IDNQuery(const std::string& address, std::st
 
     DropHandshake(*instrument, m_lTXDelay, true);
     instrument->Port().Close();
+  } catch (const Interrupted&) {
+    CloseQuietly(*instrument);
+    throw;
   } catch (const std::exception&) {
     reply.clear();
     // Best effort: the lines are restored and the port closed even when the device has gone.
@@ -235,11 +234,7 @@ std::int16_t CQueryInstrument::GPIBIDNQuery(const std::string& address, std::str
     return IDNWrongPortType;
   }
 
-  std::shared_ptr<IInstrumentIO> instrument;
-  try {
-    if (m_iomanager) instrument = m_iomanager->Open(address);
-  } catch (const std::exception&) {
-  }
+  const std::shared_ptr<IInstrumentIO> instrument = OpenChannel(address);
   if (!instrument) {
     reply.clear();
     return IDNPortNotFound;
@@ -254,6 +249,9 @@ std::int16_t CQueryInstrument::GPIBIDNQuery(const std::string& address, std::str
     Wait(m_lTXDelay);
     reply.clear();
     instrument->Enter(reply, "K");
+  } catch (const Interrupted&) {
+    CloseQuietly(*instrument);
+    throw;
   } catch (const std::exception&) {
     CloseQuietly(*instrument);
     reply.clear();
@@ -261,6 +259,24 @@ std::int16_t CQueryInstrument::GPIBIDNQuery(const std::string& address, std::str
   }
   // The channel is released here without Close; dropping the last reference gives the device up.
   return IsValidInstrument(reply);
+}
+
+std::shared_ptr<IInstrumentIO> CQueryInstrument::OpenChannel(const std::string& name) {
+  m_strCause.clear();
+  if (!m_iomanager) return nullptr;
+  try {
+    return m_iomanager->Open(name);
+  } catch (const Interrupted&) {
+    throw;
+  } catch (const std::exception& error) {
+    m_strCause = error.what();
+  }
+  return nullptr;
+}
+
+std::string CQueryInstrument::WhyNotOpened(const std::string& name) {
+  OpenChannel(name);
+  return m_strCause;
 }
 
 std::string CQueryInstrument::CautionBlock() const {
@@ -315,7 +331,8 @@ std::int16_t CQueryInstrument::Test(WindowHandle owner, const std::string& addre
   const std::string title = Msg(220);
   const std::int16_t code =
       Configuration("Test").IsStringGPIB(address) ? GPIBIDNQuery(address, reply) : RS232IDNQuery(address, reply);
-  const std::string text = TestMessage(code, address, reply);
+  std::string text = TestMessage(code, address, reply);
+  if (code == IDNPortNotFound && !m_strCause.empty()) text += std::string(NL) + NL + m_strCause;
   Host::Current().MsgBox(owner, text, TEST_BOX_STYLE, title);
   return code;
 }

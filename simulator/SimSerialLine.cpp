@@ -1,24 +1,24 @@
-#include "iolib/SimSerialLine.h"
+#include "simulator/SimSerialLine.h"
 
 #include "platform/InstrumentIO.h"
 #include "platform/Interrupt.h"
 #include "simulator/Instrument.h"
 
-namespace cvn73100::io {
+namespace cvn73100::sim {
 
-SimSerialLine::SimSerialLine(std::shared_ptr<sim::Instrument> instrument) : m_instrument(std::move(instrument)) {
+SimSerialLine::SimSerialLine(std::shared_ptr<Instrument> instrument) : m_instrument(std::move(instrument)) {
   Report();
   DropInput();
 }
 
 void SimSerialLine::Report() { m_instrument->SetHostLineSettings(m_baud, m_handshake); }
 
-void SimSerialLine::Write(const std::uint8_t* data, std::size_t size, const Deadline&) {
+void SimSerialLine::Write(const std::uint8_t* data, std::size_t size, const io::Deadline&) {
   if (!m_instrument) throw IOError(IOERR_CLOSED);
   m_instrument->Write(data, size, false);
 }
 
-std::size_t SimSerialLine::Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) {
+std::size_t SimSerialLine::Read(std::uint8_t* buffer, std::size_t max, const io::Deadline& deadline) {
   if (!m_instrument) throw IOError(IOERR_CLOSED);
   for (;;) {
     Interrupt::Check();
@@ -37,7 +37,7 @@ void SimSerialLine::DropInput() {
   }
 }
 
-void SimSerialLine::Flush(const Deadline&) { DropInput(); }
+void SimSerialLine::Flush(const io::Deadline&) { DropInput(); }
 
 void SimSerialLine::Close() noexcept { m_instrument.reset(); }
 
@@ -60,4 +60,4 @@ void SimSerialLine::SetHandshake(std::int16_t handshake) {
   Report();
 }
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim

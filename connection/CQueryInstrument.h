@@ -66,6 +66,13 @@ class CQueryInstrument {
                   std::shared_ptr<IIOManager> ioManager);
 
   std::int32_t TXDelay() const { return m_lTXDelay; }
+  // Why the last query could not open its port, in the operating system's and I/O library's words ("No such
+  // file or directory", "Permission denied", "Device or resource busy"); "" when it opened. Test shows it
+  // below the result text.
+  const std::string& Cause() const { return m_strCause; }
+  // Opens `name` (a COM port name or a GPIB address) only to learn why it cannot be opened, and gives it up at
+  // once: the cause, or "" when it opens.
+  std::string WhyNotOpened(const std::string& name);
 
   // "*IDN?" on a COM port. Only the port name (the first four characters) of `address` is opened; the
   // line settings come from the I/O configuration's row for that port. The channel is always closed.
@@ -100,10 +107,13 @@ class CQueryInstrument {
  private:
   CIOconfiguration& Configuration(const char* procedure) const;
   std::string CautionBlock() const;
+  // The channel at `name`, or nullptr with the failure kept as the cause. A request to stop passes through.
+  std::shared_ptr<IInstrumentIO> OpenChannel(const std::string& name);
 
   std::shared_ptr<IIOManager> m_iomanager;
   std::shared_ptr<CIOconfiguration> m_cioconfiguration;
   std::int32_t m_lTXDelay = DEFAULT_TX_DELAY;
+  std::string m_strCause;
 };
 
 }  // namespace cvn73100

@@ -3,18 +3,23 @@
 #include <memory>
 #include <string>
 
+#include "platform/InstrumentIO.h"
+
 namespace cvn73100 {
 
+class CCvn73100EZ;
 class CIOconfiguration;
+class SetupsCvn73100Scope;
 
 // What the control's property pages see of the control: flags that belong to the control, which
-// sibling pages exist, the shared I/O configuration, and the screen centre for placing the property
-// frame. The control implements it beside its public interface.
+// sibling pages exist, the shared I/O configuration, the screen centre for placing the property
+// frame, and the few public members the pages read. The control implements it beside its public
+// interface; the pages, below the control, know it only through this.
 //
 // Every Set of a Boolean or String member except SetCenterPropertyPages does nothing for an equal
 // value; otherwise it stores the value and tells the host that "IPPCvn73100Scope_" + the member's
 // name changed, so that open pages refresh.
-class IPPCvn73100Scope {
+class IPPCvn73100Scope : public IIOManagerSource {
  public:
   virtual ~IPPCvn73100Scope() = default;
 
@@ -59,6 +64,16 @@ class IPPCvn73100Scope {
   // The Search Instruments page starts a search on its own when first shown.
   virtual bool InitialSearchMode() const = 0;
   virtual void SetInitialSearchMode(bool value) = 0;
+
+  // Members of the control's public interface (see Cvn73100Scope) that the pages use, besides IOManager.
+  virtual const std::string& Address() const = 0;
+  virtual const std::string& AddressInstrumentID() const = 0;
+  virtual void SetAddressInstrumentID(const std::string& value) = 0;
+  virtual std::int32_t TXDelay() const = 0;
+  virtual const std::string& FontName() const = 0;
+  virtual std::int16_t FontSize() const = 0;
+  virtual std::shared_ptr<CCvn73100EZ> Connection() const = 0;
+  virtual std::shared_ptr<SetupsCvn73100Scope> Setups() const = 0;
 };
 
 }  // namespace cvn73100

@@ -3,8 +3,9 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedSerialPort.h"
 
 namespace cvn73100::test {
 
@@ -15,14 +16,14 @@ struct SimulatedScope {
     io::BoardMap map = io::BoardMap::EmbeddedDefault();
     map.SetCom(1, io::BoardMap::ComTarget{io::BoardMap::ComKind::Simulated, "", "test"});
     manager = std::make_shared<io::IOManager>(map);
-    bus = std::make_shared<io::SimulatedBus>();
+    bus = std::make_shared<sim::SimulatedBus>();
     scope = Make("73135D", 7);
     bus->Attach(7, scope);
     bus->Attach(3, Make("73199B", 3));
     bus->Attach(12, Make("44210A", 12));
     manager->SetSimulatedBus(0, bus);
     serialScope = Make("73135D", 0);
-    manager->SetSimulatedSerialInstrument(1, serialScope);
+    manager->SetSimulatedSerialPort(1, std::make_shared<sim::SimulatedSerialPort>(serialScope));
   }
 
   static std::shared_ptr<sim::Instrument> Make(const std::string& model, int address) {
@@ -33,7 +34,7 @@ struct SimulatedScope {
   }
 
   std::shared_ptr<io::IOManager> manager;
-  std::shared_ptr<io::SimulatedBus> bus;
+  std::shared_ptr<sim::SimulatedBus> bus;
   std::shared_ptr<sim::Instrument> scope;
   std::shared_ptr<sim::Instrument> serialScope;
 };

@@ -1,26 +1,27 @@
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 
 #include <array>
 
 #include "simulator/Instrument.h"
+#include "simulator/SimBusIO.h"
 
-namespace cvn73100::io {
+namespace cvn73100::sim {
 namespace {
 
-std::shared_ptr<sim::Instrument> MakeInstrument(int address, const char* model, const char* serial,
+std::shared_ptr<Instrument> MakeInstrument(int address, const char* model, const char* serial,
                                                 const char* firmware) {
-  sim::InstrumentConfig config{};
+  InstrumentConfig config{};
   config.identity.manufacturer = "Corvane Technologies";
   config.identity.model = model;
   config.identity.serial = serial;
   config.identity.firmware = firmware;
   config.gpibAddress = address;
-  return std::make_shared<sim::Instrument>(config);
+  return std::make_shared<Instrument>(config);
 }
 
 }  // namespace
 
-void SimulatedBus::Attach(int address, std::shared_ptr<sim::Instrument> instrument) {
+void SimulatedBus::Attach(int address, std::shared_ptr<Instrument> instrument) {
   std::lock_guard lock(m_mutex);
   m_instruments[address] = std::move(instrument);
 }
@@ -30,7 +31,7 @@ void SimulatedBus::Detach(int address) {
   m_instruments.erase(address);
 }
 
-std::shared_ptr<sim::Instrument> SimulatedBus::Listener(int address) const {
+std::shared_ptr<Instrument> SimulatedBus::Listener(int address) const {
   std::lock_guard lock(m_mutex);
   const auto found = m_instruments.find(address);
   return found == m_instruments.end() ? nullptr : found->second;
@@ -41,6 +42,17 @@ std::vector<int> SimulatedBus::Listeners() const {
   std::vector<int> addresses;
   for (const auto& [address, instrument] : m_instruments) addresses.push_back(address);
   return addresses;
+}
+
+std::string SimulatedBus::Identity(int address) const {
+  const auto instrument = Listener(address);
+  if (!instrument) return {};
+  const auto& identity = instrument->Config().identity;
+  return identity.manufacturer + "," + identity.model + "," + identity.serial + "," + identity.firmware;
+}
+
+std::shared_ptr<IInstrumentIO> SimulatedBus::Open(const std::string& resourceName, int address) {
+  return std::make_shared<SimBusIO>(resourceName, shared_from_this(), address);
 }
 
 std::shared_ptr<SimulatedBus> SimulatedBus::WithDefaultInstruments() {
@@ -60,4 +72,4 @@ std::shared_ptr<SimulatedBus> SimulatedBus::Shared(int board) {
   return bus;
 }
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim

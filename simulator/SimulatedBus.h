@@ -4,23 +4,25 @@
 #include <mutex>
 #include <vector>
 
-namespace cvn73100::sim {
-class Instrument;
-}
+#include "iolib/InProcessBackend.h"
 
-namespace cvn73100::io {
+namespace cvn73100::sim {
+
+class Instrument;
 
 // A GPIB bus in this process with simulated instruments as its devices. An address with an instrument is a
 // listener; a write to any other address fails at once with IOERR_NO_LISTENER. Thread-safe.
-class SimulatedBus {
+class SimulatedBus : public io::IInProcessBus, public std::enable_shared_from_this<SimulatedBus> {
  public:
   // Places `instrument` at primary address 0..30, replacing any instrument there.
-  void Attach(int address, std::shared_ptr<sim::Instrument> instrument);
+  void Attach(int address, std::shared_ptr<Instrument> instrument);
   void Detach(int address);
   // The instrument at `address`, or nullptr.
-  std::shared_ptr<sim::Instrument> Listener(int address) const;
+  std::shared_ptr<Instrument> Listener(int address) const;
   // Addresses with an instrument, ascending.
-  std::vector<int> Listeners() const;
+  std::vector<int> Listeners() const override;
+  std::string Identity(int address) const override;
+  std::shared_ptr<IInstrumentIO> Open(const std::string& resourceName, int address) override;
 
   // A bus with the embedded default's instruments:
   //   7  Corvane Technologies,73135D,QX40001234,A.02.10  (a supported model)
@@ -33,7 +35,7 @@ class SimulatedBus {
 
  private:
   mutable std::mutex m_mutex;
-  std::map<int, std::shared_ptr<sim::Instrument>> m_instruments;
+  std::map<int, std::shared_ptr<Instrument>> m_instruments;
 };
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim

@@ -1,4 +1,4 @@
-#include "control/CCvn73100EZ.h"
+#include "connection/CCvn73100EZ.h"
 
 #include <algorithm>
 #include <cctype>
@@ -6,7 +6,7 @@
 
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
-#include "discovery/CQueryInstrument.h"
+#include "connection/CQueryInstrument.h"
 #include "platform/Components.h"
 
 namespace cvn73100 {

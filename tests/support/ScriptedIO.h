@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -11,9 +12,10 @@
 
 namespace cvn73100::test {
 
-// An instrument channel that replays a fixed reply. When the reply runs out, a read fails at once the way a
-// channel reports silence: with `endError` (a timeout by default). `microsPerByte` makes bytes arrive at a pace;
-// a read that would take longer than Timeout waits Timeout and times out.
+// An instrument channel that replays a fixed reply. When the reply runs out, a read fails the way a channel
+// reports silence: with `endError` (a timeout by default), at once or, with `waitOnSilence`, after Timeout. With
+// `eoi` the reply ends with END: a read past it returns what is left. `microsPerByte` makes bytes arrive at a
+// pace; a read that would take longer than Timeout waits Timeout and times out.
 class ScriptedIO : public IInstrumentIO, public IPort {
  public:
   explicit ScriptedIO(std::string reply) : m_reply(std::move(reply)) {}
@@ -43,14 +45,17 @@ class ScriptedIO : public IInstrumentIO, public IPort {
       std::this_thread::sleep_for(std::min<std::chrono::microseconds>(needed, limit));
       if (needed > limit) throw IOError(IOERR_TIMEOUT, "paced");
     }
-    if (m_reply.size() - m_pos < wanted) {
+    const std::size_t left = m_reply.size() - m_pos;
+    if (left < wanted && !(eoi && left > 0)) {
       m_pos = m_reply.size();
+      if (waitOnSilence) std::this_thread::sleep_for(std::chrono::milliseconds(m_timeout));
       throw endError;
     }
+    const std::size_t n = std::min(left, wanted);
     buffer.assign(m_reply.begin() + static_cast<std::ptrdiff_t>(m_pos),
-                  m_reply.begin() + static_cast<std::ptrdiff_t>(m_pos + wanted));
-    m_pos += wanted;
-    return count;
+                  m_reply.begin() + static_cast<std::ptrdiff_t>(m_pos + n));
+    m_pos += n;
+    return static_cast<std::int32_t>(n);
   }
   void WriteBytes(std::int32_t count, const Bytes& buffer) override {
     written.emplace_back(buffer.begin(), buffer.begin() + count);
@@ -63,6 +68,8 @@ class ScriptedIO : public IInstrumentIO, public IPort {
   void Append(const std::string& more) { m_reply += more; }
 
   ScopeError endError = IOError(IOERR_TIMEOUT, "scripted reply ended");
+  bool eoi = false;
+  bool waitOnSilence = false;
   double microsPerByte = 0;
   std::int32_t largestRead = 0;
   std::int32_t longestReadTimeout = 0;
@@ -75,6 +82,17 @@ class ScriptedIO : public IInstrumentIO, public IPort {
   std::string m_reply;
   std::size_t m_pos = 0;
   std::int32_t m_timeout = 2000;
+};
+
+// An I/O manager that hands out one scripted channel.
+class ScriptedManager : public IIOManager {
+ public:
+  explicit ScriptedManager(std::shared_ptr<ScriptedIO> io) : m_io(std::move(io)) {}
+  std::vector<std::string> FindResources(const std::string&) override { return {"GPIB0::7::INSTR"}; }
+  std::shared_ptr<IInstrumentIO> Open(const std::string&) override { return m_io; }
+
+ private:
+  std::shared_ptr<ScriptedIO> m_io;
 };
 
 }  // namespace cvn73100::test

@@ -1,25 +1,26 @@
-#include "iolib/SimBusIO.h"
+#include "simulator/SimBusIO.h"
 
 #include <thread>
 
-#include "iolib/SimulatedBus.h"
+#include "simulator/SimulatedBus.h"
 #include "platform/Interrupt.h"
 #include "simulator/Instrument.h"
 
-namespace cvn73100::io {
+namespace cvn73100::sim {
 
 SimBusIO::SimBusIO(std::string resourceName, std::shared_ptr<SimulatedBus> bus, int address)
     : MessageIO(std::move(resourceName)), m_bus(std::move(bus)), m_address(address) {}
 
 SimBusIO::~SimBusIO() { Close(); }
 
-void SimBusIO::DoWrite(const std::uint8_t* data, std::size_t size, bool end, const Deadline&) {
+void SimBusIO::DoWrite(const std::uint8_t* data, std::size_t size, bool end, const io::Deadline&) {
   const auto instrument = m_bus->Listener(m_address);
   if (!instrument) throw IOError(IOERR_NO_LISTENER, ResourceName());
   instrument->Write(data, size, end);
 }
 
-std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, const Deadline& deadline, bool& end) {
+std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, const io::Deadline& deadline,
+                             bool& end) {
   end = false;
   const auto instrument = m_bus->Listener(m_address);
   if (!instrument) {
@@ -38,7 +39,7 @@ std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, co
   }
 }
 
-void SimBusIO::DoClear(const Deadline&) {
+void SimBusIO::DoClear(const io::Deadline&) {
   if (const auto instrument = m_bus->Listener(m_address)) instrument->DeviceClear();
 }
 
@@ -46,4 +47,4 @@ void SimBusIO::AfterReadTimeout(bool) { DoClear(CallDeadline()); }
 
 void SimBusIO::DoClose() noexcept {}
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim

@@ -4,21 +4,19 @@
 #include "iolib/SerialLine.h"
 
 namespace cvn73100::sim {
-class Instrument;
-}
-
-namespace cvn73100::io {
 
 // A serial line whose far end is an in-process simulated instrument (a COM port mapped to "sim").
 // Line settings reach the instrument as the host's settings (its wrong-parameter fault compares them);
 // there are no modem-control lines: DTR and RTS succeed without effect and DSR reads asserted.
-class SimSerialLine : public SerialLine {
+class Instrument;
+
+class SimSerialLine : public io::SerialLine {
  public:
-  explicit SimSerialLine(std::shared_ptr<sim::Instrument> instrument);
+  explicit SimSerialLine(std::shared_ptr<Instrument> instrument);
   ~SimSerialLine() override = default;
 
-  void Write(const std::uint8_t* data, std::size_t size, const Deadline& deadline) override;
-  std::size_t Read(std::uint8_t* buffer, std::size_t max, const Deadline& deadline) override;
+  void Write(const std::uint8_t* data, std::size_t size, const io::Deadline& deadline) override;
+  std::size_t Read(std::uint8_t* buffer, std::size_t max, const io::Deadline& deadline) override;
   void DropInput() override;
   void Close() noexcept override;
 
@@ -29,14 +27,14 @@ class SimSerialLine : public SerialLine {
   void SetDTR(bool) override {}
   void SetRTS(bool) override {}
   bool DSR() override { return true; }
-  void Flush(const Deadline& deadline) override;
+  void Flush(const io::Deadline& deadline) override;
 
  private:
   void Report();
 
-  std::shared_ptr<sim::Instrument> m_instrument;
+  std::shared_ptr<Instrument> m_instrument;
   std::int32_t m_baud = 9600;
   std::int16_t m_handshake = 1;
 };
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim

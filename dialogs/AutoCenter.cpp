@@ -1,4 +1,4 @@
-#include "control/AutoCenter.h"
+#include "dialogs/AutoCenter.h"
 
 #include <algorithm>
 

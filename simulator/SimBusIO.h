@@ -4,7 +4,7 @@
 
 #include "iolib/MessageIO.h"
 
-namespace cvn73100::io {
+namespace cvn73100::sim {
 
 class SimulatedBus;
 
@@ -12,7 +12,7 @@ class SimulatedBus;
 // Output and WriteBytes go to the instrument with EOI on the last byte, or fail at once with IOERR_NO_LISTENER
 // when no instrument is at the address; reads from an empty address wait out Timeout. Clear and a timed-out
 // read send the instrument a selected device clear (an empty address ignores it).
-class SimBusIO : public MessageIO {
+class SimBusIO : public io::MessageIO {
  public:
   SimBusIO(std::string resourceName, std::shared_ptr<SimulatedBus> bus, int address);
   ~SimBusIO() override;
@@ -20,10 +20,10 @@ class SimBusIO : public MessageIO {
   std::string IOType() const override { return "GPIB"; }
 
  protected:
-  void DoWrite(const std::uint8_t* data, std::size_t size, bool end, const Deadline& deadline) override;
-  std::size_t DoRead(std::uint8_t* buffer, std::size_t max, ReadKind kind, const Deadline& deadline,
+  void DoWrite(const std::uint8_t* data, std::size_t size, bool end, const io::Deadline& deadline) override;
+  std::size_t DoRead(std::uint8_t* buffer, std::size_t max, ReadKind kind, const io::Deadline& deadline,
                      bool& end) override;
-  void DoClear(const Deadline& deadline) override;
+  void DoClear(const io::Deadline& deadline) override;
   void AfterReadTimeout(bool partial) override;
   void DoClose() noexcept override;
 
@@ -32,4 +32,4 @@ class SimBusIO : public MessageIO {
   int m_address;
 };
 
-}  // namespace cvn73100::io
+}  // namespace cvn73100::sim
