@@ -260,6 +260,15 @@ def main():
             e["bytes_per_second"] / e["tcp_copy_bytes_per_second"], ">= 0.5",
             f"{e['bytes_per_second'] / 1e6:.0f} MB/s / {e['tcp_copy_bytes_per_second'] / 1e6:.0f} MB/s",
             f"{bdir}/bench/network/cvn73100_network_bench --benchmark_filter=Vxi11Block")
+        try:
+            e = network.pick(r"^Rfc2217PacedLine")
+        except KeyError:  # skipped: ser2net is not installed
+            e = None
+        if e:
+            add("Line", f"ASCII waveform reply (~{e['bytes'] / 1000:.0f} kB) from an instrument paced at 9600 baud, "
+                "through ser2net's RFC 2217 (the I/O library's device-server line): bytes per second / line rate",
+                e["fraction_of_line_rate"], ">= 0.95", f"{seconds(e):.1f} s per reply",
+                f"{bdir}/bench/network/cvn73100_network_bench --benchmark_filter=Rfc2217PacedLine")
 
     # --- Line rate. ---
     if iolib:

@@ -58,7 +58,7 @@ void ClickAccept(QMessageBox* box) {
 template <class T>
 T* Child(QWidget* parent, const char* name) {
   T* child = parent->findChild<T*>(name);
-  if (!child) std::fprintf(stderr, "cvnscope-gui: no %s in %s\n", name, qPrintable(parent->objectName()));
+  if (!child) std::fprintf(stderr, "cvnscope-tour: no %s in %s\n", name, qPrintable(parent->objectName()));
   return child;
 }
 
@@ -120,7 +120,7 @@ void ScreenshotTour::Run() {
   TourAbout();
   // The form the tour made, in the file format cvnscope reads.
   if (!m_window.SaveForm(m_folder.absoluteFilePath("form.json"))) Fail("the form could not be saved");
-  std::printf("cvnscope-gui: screenshots in %s, %d problem(s)\n", qPrintable(m_folder.absolutePath()), m_failures);
+  std::printf("cvnscope-tour: screenshots in %s, %d problem(s)\n", qPrintable(m_folder.absolutePath()), m_failures);
   QCoreApplication::exit(m_failures == 0 ? 0 : 1);
 }
 
@@ -391,13 +391,13 @@ void ScreenshotTour::Save(QWidget* widget, const QString& name, const QRect& scr
     Fail("could not write " + path);
     return;
   }
-  std::printf("cvnscope-gui: %s\n", qPrintable(path));
+  std::printf("cvnscope-tour: %s\n", qPrintable(path));
   std::fflush(stdout);
 }
 
 void ScreenshotTour::Fail(const QString& why) {
   ++m_failures;
-  std::fprintf(stderr, "cvnscope-gui: %s\n", qPrintable(why));
+  std::fprintf(stderr, "cvnscope-tour: %s\n", qPrintable(why));
 }
 
 void ScreenshotTour::Settle(int milliseconds) {

@@ -16,7 +16,7 @@ namespace cvn73100::ui {
 
 class ScopeMainWindow;
 
-// cvnscope-gui --screenshot DIR: walks through the window, every property page and every dialog of
+// cvnscope-tour DIR: walks through the window, every property page and every dialog of
 // the control against the instrument the form names (the embedded simulated one by default), answers
 // the dialogs itself and saves a picture of each as DIR/<name>-<language>.png. On the way the Setups
 // page fetches a setup from the instrument, saves it to a file in DIR and sends it back, and the form

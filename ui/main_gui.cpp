@@ -2,50 +2,18 @@
 // the shared form file names (the embedded simulated one when no hardware is configured).
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLibraryInfo>
-#include <QLocale>
-#include <QTranslator>
-#include <cstdio>
-#include <map>
 
-#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
-#include "dialogs/Messages.h"
-#include "iolib/IOLibrary.h"
+#include "form/FormFile.h"
 #include "platform/ScopeError.h"
-#include "server/Cvn73100Server.h"
-#include "simulator/Backend.h"
-#include "ui/Cvn73100ScopeWidget.h"
 #include "ui/QtHost.h"
 #include "ui/QuitOnSignal.h"
 #include "ui/ScopeMainWindow.h"
-#include "ui/ScreenshotTour.h"
-#include "ui/SetupsPage.h"
-#include "ui/UiText.h"
+#include "ui/WindowStart.h"
 
 using namespace cvn73100;
 
 namespace {
-
-// Qt's own texts (file dialogs, standard buttons) in the control's language, where Qt's translations
-// are installed.
-QLocale LocaleOf(int countryCode) {
-  static const std::map<int, QLocale> locales{
-      {33, QLocale(QLocale::French, QLocale::France)},  {34, QLocale(QLocale::Spanish, QLocale::Spain)},
-      {39, QLocale(QLocale::Italian, QLocale::Italy)},  {49, QLocale(QLocale::German, QLocale::Germany)},
-      {81, QLocale(QLocale::Japanese, QLocale::Japan)}, {82, QLocale(QLocale::Korean, QLocale::SouthKorea)},
-      {886, QLocale(QLocale::Chinese, QLocale::Taiwan)}};
-  const auto found = locales.find(countryCode);
-  return found == locales.end() ? QLocale(QLocale::English, QLocale::UnitedStates) : found->second;
-}
-
-// The suffix of screenshot names for each language the control speaks.
-QString LanguageSuffix(int countryCode) {
-  static const std::map<int, const char*> suffixes{{1, "en"},  {33, "fr"}, {34, "es"}, {39, "it"},
-                                                   {49, "de"}, {81, "ja"}, {82, "ko"}, {886, "zh-tw"}};
-  const auto found = suffixes.find(countryCode);
-  return found == suffixes.end() ? QString::number(countryCode) : QString(found->second);
-}
 
 // The command line of cvnscope-gui; `application` may be a QCoreApplication when only help is wanted.
 struct CommandLine {
@@ -53,11 +21,6 @@ struct CommandLine {
   QCommandLineOption form{"form", "The form file that keeps the control's properties (shared with cvnscope).", "PATH"};
   QCommandLineOption country{
       "country", "Language of the control by country code (1, 33, 34, 39, 49, 81, 82, 886); kept in the form.", "CODE"};
-  QCommandLineOption screenshot{
-      "screenshot",
-      "Walk through every page and dialog, save a picture of each in DIR and quit. Starts from a new form "
-      "unless --form is given, and never writes the form back (the result goes to DIR/form.json).",
-      "DIR"};
 
   explicit CommandLine(const QCoreApplication& application) {
     QCoreApplication::setApplicationName("cvnscope-gui");
@@ -72,7 +35,7 @@ struct CommandLine {
     } catch (const ScopeError&) {
       // No home folder: --form names the form.
     }
-    parser.addOptions({form, country, screenshot});
+    parser.addOptions({form, country});
     parser.process(application);
   }
 };
@@ -98,38 +61,16 @@ int main(int argc, char** argv) {
   }
   QApplication application(argc, argv);
   CommandLine commandLine(application);
-  QCommandLineParser& parser = commandLine.parser;
-  const QCommandLineOption& formOption = commandLine.form;
-  const QCommandLineOption& countryOption = commandLine.country;
-  const QCommandLineOption& screenshotOption = commandLine.screenshot;
-
-  io::RegisterIOLibrary();
-  sim::RegisterBackend();
-  server::RegisterAutomationServer();
+  ui::RegisterComponents();
   ui::QtHost host;
   host.Install();
 
-  // A screenshot tour starts from a new form unless it is given one: it adds setups of its own.
-  const bool touring = parser.isSet(screenshotOption);
-  ui::ScopeMainWindow window(touring && !parser.isSet(formOption) ? QString() : parser.value(formOption));
-  if (parser.isSet(countryOption)) {
-    bool ok = false;
-    const int code = parser.value(countryOption).toInt(&ok);
-    try {
-      if (!ok) throw InvalidPropertyValue();
-      window.Scope().SetCountryCode(code);
-      window.ScopeWidget().Refresh();
-    } catch (const ScopeError& error) {
-      std::fprintf(stderr, "cvnscope-gui: --country %s: %s\n", qPrintable(parser.value(countryOption)),
-                   qPrintable(ui::FromSystem(error.Description())));
-      return 2;
-    }
+  ui::ScopeMainWindow window(commandLine.parser.value(commandLine.form));
+  if (commandLine.parser.isSet(commandLine.country) &&
+      !ui::ApplyCountryOption(window, commandLine.parser.value(commandLine.country), "cvnscope-gui")) {
+    return 2;
   }
-  QTranslator qtTexts;
-  if (qtTexts.load(LocaleOf(static_cast<int>(window.Scope().CountryCode())), "qtbase", "_",
-                   QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-    QApplication::installTranslator(&qtTexts);
-  }
+  ui::TranslateQtTexts(static_cast<int>(window.Scope().CountryCode()));
   window.show();
   // Stopped by the session or by Ctrl-C, the program leaves as its window's close does: the form is saved.
   ui::QuitOnSignal quitOnSignal([&window] {
@@ -137,13 +78,5 @@ int main(int argc, char** argv) {
     if (window.isVisible()) window.close();
     QApplication::quit();
   });
-
-  if (touring) {
-    window.SetSaveOnClose(false);
-    ui::ScreenshotTour tour(window, parser.value(screenshotOption),
-                            LanguageSuffix(static_cast<int>(window.Scope().CountryCode())));
-    tour.Start();
-    return QApplication::exec();
-  }
   return QApplication::exec();
 }

@@ -3,6 +3,8 @@
 //   to time it on the simulator's gateway, where PyVISA-py is timed too; otherwise on a gateway in this process).
 // - Vxi11Block: the screen image as a BMP block (640 x 480 x 24 bits, 0.88 MiB) read from an instrument that has it
 //   ready: bytes per second / a plain loopback TCP copy of the same size (goal: 0.5 or more).
+// - Rfc2217PacedLine: an ASCII waveform from an instrument that sends at 9600 baud on a pseudo-terminal which
+//   ser2net serves with RFC 2217: bytes per second / line rate (goal: 0.95 or more).
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <netinet/in.h>
@@ -12,6 +14,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <future>
 #include <memory>
 #include <string>
@@ -20,7 +23,10 @@
 
 #include "iolib/IOManager.h"
 #include "simulator/Instrument.h"
+#include "simulator/InstrumentPort.h"
+#include "simulator/PtyServer.h"
 #include "simulator/Vxi11Gateway.h"
+#include "tests/network/NetworkPeers.h"
 
 namespace cvn73100::io {
 namespace {
@@ -112,6 +118,41 @@ void Vxi11Block(benchmark::State& state) {
   state.counters["tcp_copy_bytes_per_second"] = bytes / copySeconds;
 }
 BENCHMARK(Vxi11Block)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void Rfc2217PacedLine(benchmark::State& state) {
+  if (!network::Ser2net::Installed()) return state.SkipWithError("ser2net is not installed");
+  constexpr int kBaud = 9600;
+  sim::Instrument instrument;
+  sim::Faults faults;
+  faults.lineBaud = kBaud;
+  instrument.SetFaults(faults);
+  sim::InstrumentPort port(instrument, sim::InstrumentPort::Line::Serial);
+  sim::PtyServer pty(port);
+  char pattern[] = "/tmp/cvnbench.XXXXXX";
+  const std::string directory = ::mkdtemp(pattern);
+  double bytes = 0, wall = 0;
+  {
+    network::Ser2net server(pty.DevicePath(), directory);
+    if (!server.ready) return state.SkipWithError("ser2net did not start");
+    IOManager manager(BoardMap::FromText("COM1 = rfc2217:127.0.0.1:" + std::to_string(server.rfc2217Port)));
+    const auto io = manager.Open("COM1");
+    io->Serial()->SetBaudRate(kBaud);
+    io->SetTimeout(60'000);
+    io->Output(":WAVeform:FORMat ASCii;:WAVeform:POINts 1000");
+    for (auto _ : state) {
+      const auto start = Clock::now();
+      io->Output(":WAVeform:DATA?");
+      std::string reply;
+      io->Enter(reply);
+      wall += std::chrono::duration<double>(Clock::now() - start).count();
+      bytes += static_cast<double>(reply.size() + 1);
+    }
+  }
+  std::filesystem::remove_all(directory);
+  state.counters["bytes"] = bytes / static_cast<double>(state.iterations());
+  state.counters["fraction_of_line_rate"] = bytes / wall / (kBaud / 10.0);
+}
+BENCHMARK(Rfc2217PacedLine)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
 
 }  // namespace
 }  // namespace cvn73100::io
