@@ -53,7 +53,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 std::string ScratchFolder::FromStandardInput(const std::string& name) const {
-  const std::string path = PathOf(name);
+  std::string path = PathOf(name);
   std::ofstream(path, std::ios::binary) << std::cin.rdbuf();
   return path;
 }

@@ -210,15 +210,15 @@ void IOManager::ListVxi11(int board, std::vector<std::string>& names) const {
   const auto& target = m_map.Gpib(board);
   // The gateway says which addresses it can reach: one link per address, made and dropped again at once.
   try {
-    Vxi11Link(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
+    const Vxi11Link probe(target.host, target.port, target.interfaceName, Deadline(kVxi11OpenWait));
   } catch (const ScopeError&) {
     return;  // no gateway there, or no such interface
   }
   names.push_back(ResourceAddress::GpibInterface(board).Name());
   for (int address = 0; address <= ResourceAddress::kMaxGpibAddress; ++address) {
     try {
-      Vxi11Link(target.host, target.port, target.interfaceName + "," + std::to_string(address),
-                Deadline(kVxi11OpenWait));
+      const Vxi11Link probe(target.host, target.port, target.interfaceName + "," + std::to_string(address),
+                            Deadline(kVxi11OpenWait));
       names.push_back(ResourceAddress::GpibInstrument(board, address).Name());
     } catch (const ScopeError&) {
       // nothing at this address

@@ -6,7 +6,7 @@
 #include "iolib/Deadline.h"
 #include "platform/InstrumentIO.h"
 
-struct __rpc_client;
+struct __rpc_client;  // NOLINT(bugprone-reserved-identifier): the RPC library's own name
 
 namespace cvn73100::io {
 

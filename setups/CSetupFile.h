@@ -20,7 +20,7 @@ class CSetupFile : public SetupFileProperties {
   // No learn string the instrument family produces comes near this; a larger claim is a broken file.
   static constexpr std::size_t MAX_LEARN_STRING_BYTES = SetupFileReader::MAX_LEARN_STRING_BYTES;
   // Longest header field read or written.
-  static constexpr std::size_t MAX_FIELD_LENGTH = 64u * 1024u;
+  static constexpr std::size_t MAX_FIELD_LENGTH = std::size_t{64} << 10;
 
   bool IsACompatibleFile(const std::string& fileName) noexcept override;
   // Replaces the file atomically (a temporary file in the same folder, synced, then renamed). A field

@@ -18,7 +18,7 @@ class CWrenfoldFile : public SetupFileProperties {
   static constexpr const char* WILDCARD_VERSION = "X.XX.XX";
   static constexpr const char* MAKER_CODE = "CVN";
   static constexpr std::size_t MAX_LEARN_STRING_BYTES = SetupFileReader::MAX_LEARN_STRING_BYTES;
-  static constexpr std::size_t MAX_LINE_LENGTH = 64u * 1024u;
+  static constexpr std::size_t MAX_LINE_LENGTH = std::size_t{64} << 10;
 
   bool IsACompatibleFile(const std::string& fileName) noexcept override;
   // Always refused with the setup-file error (messages 670/681); no file is created.

@@ -52,7 +52,7 @@ class SetupFileReader {
  private:
   bool Fill();
 
-  static constexpr std::size_t BUFFER_SIZE = 64 * 1024;
+  static constexpr std::size_t BUFFER_SIZE = std::size_t{64} << 10;
   int m_fd = -1;
   std::int64_t m_position = 0;
   std::int64_t m_size = 0;

@@ -8,7 +8,7 @@
 
 #include "simulator/Instrument.h"
 
-struct __rpc_svcxprt;
+struct __rpc_svcxprt;  // NOLINT(bugprone-reserved-identifier): the RPC library's own name
 
 namespace cvn73100::sim {
 

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <future>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -73,8 +74,8 @@ double TcpCopySeconds(std::size_t size) {
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t length = sizeof address;
-  ::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  ::listen(listener, 1);
+  if (::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || ::listen(listener, 1) != 0)
+    throw std::runtime_error("no loopback listener");
   ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
   const int reader = ::socket(AF_INET, SOCK_STREAM, 0);
   ::connect(reader, reinterpret_cast<sockaddr*>(&address), sizeof address);

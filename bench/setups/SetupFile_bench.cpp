@@ -42,7 +42,7 @@ fs::path Source() {
     Bytes data(LEARN_STRING_BYTES);
     for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<std::uint8_t>(i * 31 + (i >> 9));
     file.SetLearnString(data);
-    const fs::path path = Folder() / "source.scp";
+    fs::path path = Folder() / "source.scp";
     file.WriteFile(path.string());
     return path;
   }();

@@ -192,7 +192,7 @@ void RaiseScopeKeyError(const ScopeError& error, const std::string& key) {
 }
 
 void RegisterErrorTranslator() {
-  py::register_exception_translator([](std::exception_ptr pointer) {
+  py::register_exception_translator([](const std::exception_ptr& pointer) {
     if (!pointer) return;
     try {
       std::rethrow_exception(pointer);

@@ -75,10 +75,10 @@ void BindScope(py::module_& m, ScopeClass& scope) {
                                        "A support-message handler's connection; disconnect() removes the handler.")
       .def("disconnect", &SupportMessageConnection::Disconnect, "Removes the handler; later calls do nothing.")
       .def("__enter__", [](py::object self) { return self; })
-      .def("__exit__", [](SupportMessageConnection& self, py::args) { self.Disconnect(); });
+      .def("__exit__", [](SupportMessageConnection& self, const py::args&) { self.Disconnect(); });
 
   scope
-      .def(py::init([](py::object form) {
+      .def(py::init([](const py::object& form) {
              auto control = std::make_shared<Cvn73100Scope>();
              // The host's ambient user mode: a script runs the control, so it connects on demand.
              control->AmbientChanged();
@@ -133,13 +133,13 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "The address the automation server's connection is open on; \"\" when closed.")
       .def("__enter__", [](py::object self) { return self; })
       .def(
-          "__exit__", [](Cvn73100Scope& s, py::args) { Wait([&] { s.CloseConnection(); }); },
+          "__exit__", [](Cvn73100Scope& s, const py::args&) { Wait([&] { s.CloseConnection(); }); },
           "Leaving a with block closes the connection.")
 
       // --- Commands and replies. ---
       .def(
           "write",
-          [](Cvn73100Scope& s, py::object data) {
+          [](Cvn73100Scope& s, const py::object& data) {
             const Variant message(PyUnicode_Check(data.ptr()) ? Variant(data.cast<std::string>())
                                                               : Variant(ToBytes(data)));
             Wait([&] { s.Output(message); });
@@ -173,7 +173,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           py::arg("count"), "Reads exactly ``count`` bytes.")
       .def(
           "write_bytes",
-          [](Cvn73100Scope& s, py::object data) {
+          [](Cvn73100Scope& s, const py::object& data) {
             Bytes buffer = ToBytes(data);
             Wait([&] { s.WriteBytes(static_cast<std::int32_t>(buffer.size()), buffer); });
           },
@@ -266,7 +266,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "property page does. Assigning an IOConfiguration copies it into the control's.")
       .def_property(
           "search_criteria", [](const Cvn73100Scope& s) { return ToPython(s.SearchCriteria()); },
-          [](Cvn73100Scope& s, py::object value) { s.SetSearchCriteria(ToVariant(value)); },
+          [](Cvn73100Scope& s, const py::object& value) { s.SetSearchCriteria(ToVariant(value)); },
           ("The I/O configuration's search settings as six lists: GPIB installed (4 bools), GPIB included (4), "
            "the include mask (4 lists of 31), serial installed (4), serial included (4), serial settings (4 lists of "
            "baud rate, parity, handshake). " +
@@ -311,7 +311,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
       .def_property_readonly(
           "help_file", [](const Cvn73100Scope& s) { return Text(s.HelpFile()); }, "The help file of the messages.")
       .def_property_readonly_static(
-          "version", [](py::object) { return Text(Cvn73100Scope::Version()); }, "The control's version.")
+          "version", [](const py::object&) { return Text(Cvn73100Scope::Version()); }, "The control's version.")
 
       // --- Settings of the property-page link that are saved. ---
       .def_property("initial_search_mode", &Cvn73100Scope::InitialSearchMode, &Cvn73100Scope::SetInitialSearchMode,
@@ -326,7 +326,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
       // --- Saved properties. ---
       .def(
           "save_properties",
-          [](const Cvn73100Scope& s, py::object path) {
+          [](const Cvn73100Scope& s, const py::object& path) {
             MemoryPropertyBag bag;
             s.WriteProperties(bag);
             FormFile form(FormPath(path));
@@ -338,7 +338,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "one cvnscope reads; without ``path`` it is the default form (default_form_path()).")
       .def(
           "load_properties",
-          [](Cvn73100Scope& s, py::object path) {
+          [](Cvn73100Scope& s, const py::object& path) {
             const std::string file = FormPath(path);
             Wait([&] { LoadForm(s, file); });
             return Text(file);
@@ -359,7 +359,7 @@ void BindScope(py::module_& m, ScopeClass& scope) {
           "left out.")
       .def(
           "read_properties",
-          [](Cvn73100Scope& s, py::dict properties) {
+          [](Cvn73100Scope& s, const py::dict& properties) {
             MemoryPropertyBag bag;
             for (const auto& [key, value] : properties) bag.Set(key.cast<std::string>(), ToVariant(value));
             Wait([&] { s.ReadProperties(bag); });

@@ -271,7 +271,7 @@ void BindSubObjects(py::module_& m, ScopeClass& scope) {
           "The instrument's learn string: bytes that only the instrument understands.")
       .def(
           "write_state_data",
-          [](const Utilities& u, py::object learnString) {
+          [](const Utilities& u, const py::object& learnString) {
             const LearnString data = ToLearnString(learnString);
             Wait([&] { u.scope->Utilities().WriteStateData(data); });
           },
