@@ -3,9 +3,9 @@
 
 #include "cli/CliContext.h"
 #include "cli/CliText.h"
-#include "form/FormFile.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
+#include "form/FormFile.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Enumerations.h"
 
@@ -16,11 +16,21 @@ std::string JsonString(const std::string& text) {
   out << '"';
   for (unsigned char c : text) {
     switch (c) {
-      case '"': out << "\\\""; break;
-      case '\\': out << "\\\\"; break;
-      case '\n': out << "\\n"; break;
-      case '\r': out << "\\r"; break;
-      case '\t': out << "\\t"; break;
+      case '"':
+        out << "\\\"";
+        break;
+      case '\\':
+        out << "\\\\";
+        break;
+      case '\n':
+        out << "\\n";
+        break;
+      case '\r':
+        out << "\\r";
+        break;
+      case '\t':
+        out << "\\t";
+        break;
       default:
         if (c < 0x20) {
           char buffer[8];
@@ -97,7 +107,8 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
     const int base = LanguageSelection::Check(country).base;
     const std::string text = Messages::LoadIn(base, number);
     if (text.empty()) {
-      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, CliText(CliMsg::MESSAGE_UNKNOWN, {std::to_string(number)}));
+      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
+                       CliText(CliMsg::MESSAGE_UNKNOWN, {std::to_string(number)}));
     }
     if (context.json)
       context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";

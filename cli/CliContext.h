@@ -35,7 +35,8 @@ struct CliContext {
   int exitStatus = ExitStatus::OK;
   bool outIsTerminal = false;
   bool parents = false;   // --parents: output folders that are missing are created
-  bool progress = false;  // --progress: progress is drawn even when standard error is not a terminal  // standard output is a terminal: instrument replies are made safe to show
+  bool progress = false;  // --progress: progress is drawn even when standard error is not a terminal  // standard
+                          // output is a terminal: instrument replies are made safe to show
   std::ostream& out = std::cout;
   std::ostream& err = std::cerr;
   ConsoleHost host{out, err};

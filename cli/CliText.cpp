@@ -21,8 +21,8 @@ std::string CliText(int number, std::initializer_list<std::string> args) {
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool placeholder = text[i] == '{' && i + 2 < text.size() && text[i + 1] >= '1' && text[i + 1] <= '9' &&
-                             text[i + 2] == '}';
+    const bool placeholder =
+        text[i] == '{' && i + 2 < text.size() && text[i + 1] >= '1' && text[i + 1] <= '9' && text[i + 2] == '}';
     const std::size_t index = placeholder ? static_cast<std::size_t>(text[i + 1] - '1') : 0;
     if (placeholder && index < values.size()) {
       out += values[index];
@@ -42,7 +42,8 @@ std::optional<std::string> OptionValue(int argc, const char* const* argv, std::s
   for (int i = 1; i < argc; ++i) {
     const std::string_view arg = argv[i];
     if (arg == "--") break;
-    if (arg == name && i + 1 < argc) value = argv[++i];
+    if (arg == name && i + 1 < argc)
+      value = argv[++i];
     else if (arg.size() > name.size() && arg.substr(0, name.size()) == name && arg[name.size()] == '=')
       value = std::string(arg.substr(name.size() + 1));
   }

@@ -28,8 +28,10 @@ void Collect(const CLI::App& app, std::vector<std::string> path, std::vector<Nod
   }
   // The program's own options apply after every command (they fall through).
   for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) node.options.push_back({"--" + name, option->get_description()});
-    for (const std::string& name : option->get_snames()) node.options.push_back({"-" + name, option->get_description()});
+    for (const std::string& name : option->get_lnames())
+      node.options.push_back({"--" + name, option->get_description()});
+    for (const std::string& name : option->get_snames())
+      node.options.push_back({"-" + name, option->get_description()});
   }
   nodes.push_back(node);
   for (const CLI::App* sub : app.get_subcommands([](const CLI::App* a) { return !a->get_name().empty(); })) {

@@ -1,23 +1,23 @@
-#include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-#include <optional>
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 
 #include "cli/CliContext.h"
 #include "cli/CliText.h"
-#include "cli/TextWidth.h"
 #include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
+#include "cli/TextWidth.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
 #include "ioconfig/CIOconfiguration.h"
@@ -49,23 +49,35 @@ std::string OnOff(bool value) { return value ? "on" : "off"; }
 // The name of the language a country code selects, in the language of this run.
 std::string LanguageName(std::int32_t code) {
   switch (code) {
-    case Cvn73100_Language_English: return CliText(CliMsg::LANGUAGE_ENGLISH);
-    case Cvn73100_Language_French: return CliText(CliMsg::LANGUAGE_FRENCH);
-    case Cvn73100_Language_Spanish: return CliText(CliMsg::LANGUAGE_SPANISH);
-    case Cvn73100_Language_Italian: return CliText(CliMsg::LANGUAGE_ITALIAN);
-    case Cvn73100_Language_German: return CliText(CliMsg::LANGUAGE_GERMAN);
-    case Cvn73100_Language_Japanese: return CliText(CliMsg::LANGUAGE_JAPANESE);
-    case Cvn73100_Language_Korean: return CliText(CliMsg::LANGUAGE_KOREAN);
-    case Cvn73100_Language_Traditional_Chinese: return CliText(CliMsg::LANGUAGE_TRADITIONAL_CHINESE);
-    default: return "?";
+    case Cvn73100_Language_English:
+      return CliText(CliMsg::LANGUAGE_ENGLISH);
+    case Cvn73100_Language_French:
+      return CliText(CliMsg::LANGUAGE_FRENCH);
+    case Cvn73100_Language_Spanish:
+      return CliText(CliMsg::LANGUAGE_SPANISH);
+    case Cvn73100_Language_Italian:
+      return CliText(CliMsg::LANGUAGE_ITALIAN);
+    case Cvn73100_Language_German:
+      return CliText(CliMsg::LANGUAGE_GERMAN);
+    case Cvn73100_Language_Japanese:
+      return CliText(CliMsg::LANGUAGE_JAPANESE);
+    case Cvn73100_Language_Korean:
+      return CliText(CliMsg::LANGUAGE_KOREAN);
+    case Cvn73100_Language_Traditional_Chinese:
+      return CliText(CliMsg::LANGUAGE_TRADITIONAL_CHINESE);
+    default:
+      return "?";
   }
 }
 
 std::string HandshakeName(std::int32_t handshake) {
   switch (handshake) {
-    case RS232_HandShake_XON_XOFF: return HANDSHAKE_XON_XOFF;
-    case RS232_HandShake_DTR_DSR: return HANDSHAKE_DTR_DSR;
-    default: return std::to_string(handshake);
+    case RS232_HandShake_XON_XOFF:
+      return HANDSHAKE_XON_XOFF;
+    case RS232_HandShake_DTR_DSR:
+      return HANDSHAKE_DTR_DSR;
+    default:
+      return std::to_string(handshake);
   }
 }
 
@@ -230,8 +242,9 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
   out << CliText(CliMsg::SERIAL_PORTS) << "\n";
   TextTable serial("  ", "   ");
   for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port) {
-    std::string state = CliText(CliMsg::BAUD_PARITY, {std::to_string(io.BaudRate(port)), std::to_string(io.Parity(port))}) +
-                        ", " + HandshakeName(io.Handshake(port));
+    std::string state =
+        CliText(CliMsg::BAUD_PARITY, {std::to_string(io.BaudRate(port)), std::to_string(io.Parity(port))}) + ", " +
+        HandshakeName(io.Handshake(port));
     if (io.RS232PortInstalled(port)) state += ", " + CliText(CliMsg::INSTALLED);
     state += ", " + CliText(io.RS232PortIncluded(port) ? CliMsg::SEARCHED : CliMsg::EXCLUDED_FROM_SEARCHES);
     serial.Add({io.RS232PortString(port), state});
@@ -250,7 +263,8 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
 void Saved(CliContext& context, ScopeSession& session) {
   const bool written = session.Finish();
   if (context.json)
-    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+    context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump(-1, ' ', false, kReplaceInvalidUtf8)
+                << "\n";
   else
     context.out << CliText(written ? CliMsg::FORM_SAVED : CliMsg::FORM_UNCHANGED, {session.FormPath()}) << "\n";
 }
@@ -280,18 +294,15 @@ void RegisterSet(CLI::App& config, CliContext& context) {
   auto* txDelay = set->add_option("--tx-delay", o->txDelay, CliText(CliMsg::OPTION_TX_DELAY));
   auto* reset = set->add_option("--reset-on-init", o->resetOnInitialize, CliText(CliMsg::OPTION_RESET_ON_INIT))
                     ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
-  auto* checkID = set->add_option("--check-id-on-init", o->checkIDOnInitialize,
-                                  CliText(CliMsg::OPTION_CHECK_ID_ON_INIT))
-                      ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
-  auto* language = set->add_option("--language", o->language,
-                                   CliText(CliMsg::OPTION_LANGUAGE));
+  auto* checkID =
+      set->add_option("--check-id-on-init", o->checkIDOnInitialize, CliText(CliMsg::OPTION_CHECK_ID_ON_INIT))
+          ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
+  auto* language = set->add_option("--language", o->language, CliText(CliMsg::OPTION_LANGUAGE));
   auto* dtrOnly = set->add_option("--dtr-only", o->dtrOnly, CliText(CliMsg::OPTION_DTR_ONLY))
                       ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
-  auto* initialSearch = set->add_option("--initial-search", o->initialSearch,
-                                        CliText(CliMsg::OPTION_INITIAL_SEARCH))
+  auto* initialSearch = set->add_option("--initial-search", o->initialSearch, CliText(CliMsg::OPTION_INITIAL_SEARCH))
                             ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
-  auto* warning = set->add_option("--handshake-warning", o->handshakeWarning,
-                                  CliText(CliMsg::OPTION_HANDSHAKE_WARNING))
+  auto* warning = set->add_option("--handshake-warning", o->handshakeWarning, CliText(CliMsg::OPTION_HANDSHAKE_WARNING))
                       ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   set->callback([&context, o, address, txDelay, reset, checkID, language, dtrOnly, initialSearch, warning] {
     ScopeSession session(context);
@@ -306,7 +317,8 @@ void RegisterSet(CLI::App& config, CliContext& context) {
                         [&] { control.SetAddress(o->address); });
     }
     if (txDelay->count()) {
-      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), CliText(CliMsg::ALLOWED_TX_DELAY), [&] { control.SetTXDelay(o->txDelay); });
+      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), CliText(CliMsg::ALLOWED_TX_DELAY),
+                        [&] { control.SetTXDelay(o->txDelay); });
     }
     if (reset->count()) control.SetResetOnInitialize(SwitchValue(o->resetOnInitialize));
     if (checkID->count()) control.SetCheckIDOnInitialize(SwitchValue(o->checkIDOnInitialize));
@@ -401,8 +413,8 @@ void RegisterLog(CLI::App& app, CliContext& context) {
     std::size_t lines = 40;
   };
   auto o = std::make_shared<Options>();
-  auto* log = app.add_subcommand("log", CliText(CliMsg::LOG_COMMAND) + "\n" + CliText(CliMsg::LOG_MODE_BITS) + "\n" +
-                                            CliText(CliMsg::LOG_FRESH));
+  auto* log = app.add_subcommand(
+      "log", CliText(CliMsg::LOG_COMMAND) + "\n" + CliText(CliMsg::LOG_MODE_BITS) + "\n" + CliText(CliMsg::LOG_FRESH));
   auto* mode = log->add_option("--mode", o->mode, CliText(CliMsg::OPTION_MODE))->check(CLI::Range(0, 15));
   log->add_flag("--show", o->show, CliText(CliMsg::OPTION_SHOW_LOG));
   log->add_option("--lines", o->lines, CliText(CliMsg::OPTION_LINES))->check(CLI::PositiveNumber);
@@ -427,7 +439,8 @@ void RegisterLog(CLI::App& app, CliContext& context) {
     for (int bit = 0; bit < 4; ++bit) {
       if ((current & (1 << bit)) != 0) bits += (bits.empty() ? "" : ", ") + CliText(names[bit]);
     }
-    context.out << CliText(CliMsg::SUPPORT_MODE, {std::to_string(current), bits.empty() ? CliText(CliMsg::MODE_OFF) : bits})
+    context.out << CliText(CliMsg::SUPPORT_MODE,
+                           {std::to_string(current), bits.empty() ? CliText(CliMsg::MODE_OFF) : bits})
                 << "\n"
                 << CliText(CliMsg::LOG_FILE_AT, {LogPath()})
                 << ((current & CDebug::MODE_LOG) != 0 ? "" : " " + CliText(CliMsg::NOT_WRITTEN_IN_MODE)) << "\n";

@@ -25,9 +25,10 @@ std::size_t Utf8SequenceLength(const std::string& text, std::size_t i) {
   const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
   const unsigned char lead = byte(i);
   if (lead < 0x80) return 1;
-  const std::size_t length = lead >= 0xC2 && lead <= 0xDF ? 2 : lead >= 0xE0 && lead <= 0xEF ? 3
-                             : lead >= 0xF0 && lead <= 0xF4                                  ? 4
-                                                                                              : 0;
+  const std::size_t length = lead >= 0xC2 && lead <= 0xDF   ? 2
+                             : lead >= 0xE0 && lead <= 0xEF ? 3
+                             : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                                            : 0;
   if (length == 0 || i + length > text.size()) return 0;
   for (std::size_t k = 1; k < length; ++k) {
     if ((byte(i + k) & 0xC0) != 0x80) return 0;
@@ -117,7 +118,8 @@ MessageOptionResult ConsoleHost::ShowMessageOption(const MessageOptionRequest& r
   m_boxes.push_back(Box{request.title, request.message, 0, false});
   std::ostream& stream = Stream(false);
   stream << "== " << ToTerminal(request.title) << " ==\n" << ToTerminal(request.message) << "\n";
-  result.button = request.continueCancel && !Ask(CliText(CliMsg::ASK_CONTINUE)) ? MsgBoxResult::Cancel : MsgBoxResult::OK;
+  result.button =
+      request.continueCancel && !Ask(CliText(CliMsg::ASK_CONTINUE)) ? MsgBoxResult::Cancel : MsgBoxResult::OK;
   result.optionChecked = request.optionChecked;
   if (Interactive()) result.optionChecked = Ask("(" + ToTerminal(request.option) + ")");
   return result;

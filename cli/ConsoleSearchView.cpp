@@ -71,10 +71,9 @@ void ConsoleSearchView::ShowSearchResults(FrmSearchResults& dialog) {
     if (m_silentPorts == SilentPorts::Exclude) {
       exclude = true;
     } else if (ask) {
-      exclude = AskAtTerminal(out,
-                              ConsoleHost::ToTerminal(dialog.FrameCaption()) + ": " + FrmSearchResults::CheckCaption(i) +
-                                  "?",
-                              checked);
+      exclude = AskAtTerminal(
+          out, ConsoleHost::ToTerminal(dialog.FrameCaption()) + ": " + FrmSearchResults::CheckCaption(i) + "?",
+          checked);
     }
     dialog.CheckCOM1_Click(i, exclude ? FrmSearchResults::CHECKED : FrmSearchResults::UNCHECKED);
   }

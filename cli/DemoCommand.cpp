@@ -32,14 +32,18 @@ constexpr const char* SETUP_NAME = "DemoSetup";
 constexpr std::int32_t DEMO_CHANNEL = 1;
 constexpr std::int32_t DEMO_POINTS = 1000;
 
-std::string Absolute(const std::filesystem::path& path) { return std::filesystem::absolute(path).lexically_normal().string(); }
+std::string Absolute(const std::filesystem::path& path) {
+  return std::filesystem::absolute(path).lexically_normal().string();
+}
 
 // Each step says what it does on the error stream, so that standard output keeps the summary (or JSON).
 void Step(CliContext& context, int number, const std::string& text) {
   context.err << "[" << number << "/6] " << text << "\n";
 }
 
-ScopeError DemoError(const std::string& description) { return ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, description); }
+ScopeError DemoError(const std::string& description) {
+  return ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, description);
+}
 
 }  // namespace
 
@@ -66,8 +70,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     // The embedded simulated bus even where io.conf maps hardware: the demo needs none. Without a config
     // file the process's map is kept, with its environment overrides of the COM ports.
     if (!io::BoardMap::Load().UsingEmbeddedDefault()) {
-      Components::SetIOManagerFactory(
-          [] { return std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault()); });
+      Components::SetIOManagerFactory([] { return std::make_shared<io::IOManager>(io::BoardMap::EmbeddedDefault()); });
     }
 
     ScopeSession session(context, ScopeSession::Options{formPath, true});
@@ -78,8 +81,8 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
 
     // 1. Search.
     Step(context, 1, CliText(CliMsg::DEMO_STEP_SEARCH));
-    ConsoleSearchView searchView(context, o->excludeSilent ? ConsoleSearchView::SilentPorts::Exclude
-                                                           : ConsoleSearchView::SilentPorts::Keep);
+    ConsoleSearchView searchView(
+        context, o->excludeSilent ? ConsoleSearchView::SilentPorts::Exclude : ConsoleSearchView::SilentPorts::Keep);
     Cvn73100PPSrchIO searchPage(searchView);
     RunSearch(searchPage, control);
     const std::vector<TableRow> table = TableRows(searchPage.Rows(), false);
@@ -115,8 +118,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     const std::string identity = control.AddressInstrumentID();
 
     // 4. Waveform and plot.
-    Step(context, 4,
-         CliText(CliMsg::DEMO_STEP_CAPTURE, {std::to_string(DEMO_POINTS), std::to_string(DEMO_CHANNEL)}));
+    Step(context, 4, CliText(CliMsg::DEMO_STEP_CAPTURE, {std::to_string(DEMO_POINTS), std::to_string(DEMO_CHANNEL)}));
     const WaveformCapture capture = CaptureWaveform(control, DEMO_CHANNEL, DEMO_POINTS);
     WriteFileAtomically(csvPath.string(), WaveformCsv(capture), CliText(CliMsg::WHAT_CSV_FILE));
     PngPlot(capture.seconds, capture.volts,
@@ -153,7 +155,8 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
                           {"search", {{"rows", table.size()}, {"silentAddresses", silent}}},
                           {"waveform", {{"csv", Absolute(csvPath)}, {"points", capture.seconds.size()}}},
                           {"plot", Absolute(plotPath)},
-                          {"screen", {{"file", Absolute(screenPath)}, {"width", picture.width}, {"height", picture.height}}},
+                          {"screen",
+                           {{"file", Absolute(screenPath)}, {"width", picture.width}, {"height", picture.height}}},
                           {"setup",
                            {{"name", SETUP_NAME},
                             {"file", Absolute(setupPath)},
@@ -166,22 +169,23 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
       return;
     }
     context.out << CliText(CliMsg::DEMO_SUMMARY) << "\n";
-    PrintFields(context.out,
-                {{CliText(CliMsg::FIELD_INSTRUMENT), control.Address() + "  " + identity},
-                 {CliText(CliMsg::FIELD_WAVEFORM),
-                  Absolute(csvPath) + "  " +
-                      CliText(CliMsg::DEMO_WAVEFORM_DETAIL,
-                              {std::to_string(capture.seconds.size()), std::to_string(DEMO_CHANNEL)})},
-                 {CliText(CliMsg::FIELD_PLOT), Absolute(plotPath)},
-                 {CliText(CliMsg::WHAT_SCREEN_IMAGE),
-                  Absolute(screenPath) + "  " +
-                      CliText(CliMsg::DEMO_SCREEN_DETAIL, {std::to_string(picture.width), std::to_string(picture.height)})},
-                 {CliText(CliMsg::WHAT_SETUP_FILE),
-                  Absolute(setupPath) + "  " +
-                      CliText(CliMsg::DEMO_SETUP_DETAIL,
-                              {SETUP_NAME, setup->Model(), setup->Version(), std::to_string(setupBytes)})},
-                 {CliText(CliMsg::FIELD_FORM), Absolute(formPath)}},
-                "  ");
+    PrintFields(
+        context.out,
+        {{CliText(CliMsg::FIELD_INSTRUMENT), control.Address() + "  " + identity},
+         {CliText(CliMsg::FIELD_WAVEFORM),
+          Absolute(csvPath) + "  " +
+              CliText(CliMsg::DEMO_WAVEFORM_DETAIL,
+                      {std::to_string(capture.seconds.size()), std::to_string(DEMO_CHANNEL)})},
+         {CliText(CliMsg::FIELD_PLOT), Absolute(plotPath)},
+         {CliText(CliMsg::WHAT_SCREEN_IMAGE),
+          Absolute(screenPath) + "  " +
+              CliText(CliMsg::DEMO_SCREEN_DETAIL, {std::to_string(picture.width), std::to_string(picture.height)})},
+         {CliText(CliMsg::WHAT_SETUP_FILE),
+          Absolute(setupPath) + "  " +
+              CliText(CliMsg::DEMO_SETUP_DETAIL,
+                      {SETUP_NAME, setup->Model(), setup->Version(), std::to_string(setupBytes)})},
+         {CliText(CliMsg::FIELD_FORM), Absolute(formPath)}},
+        "  ");
     context.out << CliText(CliMsg::DEMO_NEXT, {Absolute(formPath)}) << "\n";
   });
 }

@@ -47,8 +47,7 @@ std::string GroupName(gid_t group) {
 Finding CheckNode(const std::string& subject, const std::string& node) {
   struct stat st {};
   if (::stat(node.c_str(), &st) != 0) {
-    return {subject, false, node + ": " + std::strerror(errno),
-            CliText(CliMsg::DOCTOR_FIX_CONNECT)};
+    return {subject, false, node + ": " + std::strerror(errno), CliText(CliMsg::DOCTOR_FIX_CONNECT)};
   }
   if (!S_ISCHR(st.st_mode))
     return {subject, false, CliText(CliMsg::DOCTOR_NOT_CHAR_DEVICE, {node}), CliText(CliMsg::DOCTOR_FIX_NAME_NODE)};
@@ -58,7 +57,8 @@ Finding CheckNode(const std::string& subject, const std::string& node) {
     return {subject, false, CliText(CliMsg::DOCTOR_NOT_IN_GROUP, {node, group}),
             CliText(CliMsg::DOCTOR_FIX_JOIN_GROUP, {group})};
   }
-  return {subject, false, CliText(CliMsg::DOCTOR_PERMISSION_DENIED, {node}), CliText(CliMsg::DOCTOR_FIX_ASK_ADMIN, {node})};
+  return {subject, false, CliText(CliMsg::DOCTOR_PERMISSION_DENIED, {node}),
+          CliText(CliMsg::DOCTOR_FIX_ASK_ADMIN, {node})};
 }
 
 std::vector<Finding> Examine(const CliContext& context) {
@@ -90,10 +90,10 @@ std::vector<Finding> Examine(const CliContext& context) {
   if (linuxGpib) {
     void* library = ::dlopen(map.LibGpibPath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library) ::dlclose(library);
-    findings.push_back({"linux-gpib", library != nullptr,
-                        library ? CliText(CliMsg::DOCTOR_LIBRARY_LOADS, {map.LibGpibPath()})
-                                : map.LibGpibPath() + ": " + ::dlerror(),
-                        library ? "" : CliText(CliMsg::DOCTOR_FIX_LIBGPIB)});
+    findings.push_back(
+        {"linux-gpib", library != nullptr,
+         library ? CliText(CliMsg::DOCTOR_LIBRARY_LOADS, {map.LibGpibPath()}) : map.LibGpibPath() + ": " + ::dlerror(),
+         library ? "" : CliText(CliMsg::DOCTOR_FIX_LIBGPIB)});
   }
   // A lock left by a command that died is harmless (locks end with their process); one held is a command
   // still running, or hanging.
@@ -111,26 +111,26 @@ std::vector<Finding> Examine(const CliContext& context) {
 }  // namespace
 
 void RegisterDoctorCommand(CLI::App& app, CliContext& context) {
-  app.add_subcommand("doctor", CliText(CliMsg::DOCTOR_COMMAND))
-      ->callback([&context] {
-        const std::vector<Finding> findings = Examine(context);
-        // The verdicts make a column as wide as the wider of them; the fix lines start under the subjects.
-        const std::string ok = CliText(CliMsg::DOCTOR_OK);
-        const std::string problem = CliText(CliMsg::DOCTOR_PROBLEM);
-        const std::size_t column = std::max(DisplayWidth(ok), DisplayWidth(problem)) + 2;
-        bool allOk = true;
-        json rows = json::array();
-        for (const Finding& f : findings) {
-          allOk = allOk && f.ok;
-          rows.push_back({{"subject", f.subject}, {"ok", f.ok}, {"detail", f.detail}, {"fix", f.fix}});
-          if (context.json) continue;
-          const std::string subject = f.subject == "form" ? CliText(CliMsg::DOCTOR_FORM_SUBJECT) : f.subject;
-          context.out << PadToWidth(f.ok ? ok : problem, column) << subject << ": " << f.detail << "\n";
-          if (!f.ok) context.out << std::string(column, ' ') << CliText(CliMsg::DOCTOR_FIX, {f.fix}) << "\n";
-        }
-        if (context.json) context.out << json{{"findings", rows}, {"ok", allOk}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
-        if (!allOk) context.exitStatus = ExitStatus::ERROR;
-      });
+  app.add_subcommand("doctor", CliText(CliMsg::DOCTOR_COMMAND))->callback([&context] {
+    const std::vector<Finding> findings = Examine(context);
+    // The verdicts make a column as wide as the wider of them; the fix lines start under the subjects.
+    const std::string ok = CliText(CliMsg::DOCTOR_OK);
+    const std::string problem = CliText(CliMsg::DOCTOR_PROBLEM);
+    const std::size_t column = std::max(DisplayWidth(ok), DisplayWidth(problem)) + 2;
+    bool allOk = true;
+    json rows = json::array();
+    for (const Finding& f : findings) {
+      allOk = allOk && f.ok;
+      rows.push_back({{"subject", f.subject}, {"ok", f.ok}, {"detail", f.detail}, {"fix", f.fix}});
+      if (context.json) continue;
+      const std::string subject = f.subject == "form" ? CliText(CliMsg::DOCTOR_FORM_SUBJECT) : f.subject;
+      context.out << PadToWidth(f.ok ? ok : problem, column) << subject << ": " << f.detail << "\n";
+      if (!f.ok) context.out << std::string(column, ' ') << CliText(CliMsg::DOCTOR_FIX, {f.fix}) << "\n";
+    }
+    if (context.json)
+      context.out << json{{"findings", rows}, {"ok", allOk}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+    if (!allOk) context.exitStatus = ExitStatus::ERROR;
+  });
 }
 
 }  // namespace cvn73100

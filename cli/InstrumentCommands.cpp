@@ -88,20 +88,29 @@ std::string WaveformCsv(const WaveformCapture& capture) {
 bool ImageFormatOfName(const std::string& name, Cvn73100_ImageFormat& format) {
   std::string key = Lower(name);
   if (!key.empty() && key[0] == '.') key.erase(0, 1);
-  if (key == "bmp") format = Cvn73100_ImageFormat_BMP;
-  else if (key == "gif") format = Cvn73100_ImageFormat_GIF;
-  else if (key == "tif" || key == "tiff") format = Cvn73100_ImageFormat_TIF;
-  else if (key == "jpg" || key == "jpeg") format = Cvn73100_ImageFormat_JPG;
-  else return false;
+  if (key == "bmp")
+    format = Cvn73100_ImageFormat_BMP;
+  else if (key == "gif")
+    format = Cvn73100_ImageFormat_GIF;
+  else if (key == "tif" || key == "tiff")
+    format = Cvn73100_ImageFormat_TIF;
+  else if (key == "jpg" || key == "jpeg")
+    format = Cvn73100_ImageFormat_JPG;
+  else
+    return false;
   return true;
 }
 
 std::string ImageExtension(Cvn73100_ImageFormat format) {
   switch (format) {
-    case Cvn73100_ImageFormat_GIF: return "gif";
-    case Cvn73100_ImageFormat_TIF: return "tif";
-    case Cvn73100_ImageFormat_JPG: return "jpg";
-    default: return "bmp";
+    case Cvn73100_ImageFormat_GIF:
+      return "gif";
+    case Cvn73100_ImageFormat_TIF:
+      return "tif";
+    case Cvn73100_ImageFormat_JPG:
+      return "jpg";
+    default:
+      return "bmp";
   }
 }
 
@@ -146,7 +155,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const std::string identity = control.Connection()->IDNQuery();
     if (context.json)
-      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      context.out << json{{"address", control.Address()}, {"identity", identity}}.dump(-1, ' ', false,
+                                                                                       kReplaceInvalidUtf8)
+                  << "\n";
     else
       context.out << Reply(context, identity) << "\n";
     session.Finish();
@@ -219,8 +230,8 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
       if (IsStandardStream(output)) {
         // The bytes alone on standard output.
       } else if (context.json) {
-        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"file", Absolute(output)}}
-                           .dump(-1, ' ', false, kReplaceInvalidUtf8)
+        context.out << json{{"query", queryOptions->command}, {"bytes", data.size()}, {"file", Absolute(output)}}.dump(
+                           -1, ' ', false, kReplaceInvalidUtf8)
                     << "\n";
       } else {
         context.out << CliText(CliMsg::BYTES_WRITTEN_TO, {std::to_string(data.size()), Absolute(output)}) << "\n";
@@ -273,7 +284,8 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     session.Connect();
     const WaveformCapture capture = CaptureWaveform(control, waveformOptions->channel, waveformOptions->points);
     const std::string csv = WaveformCsv(capture);
-    if (!waveformOptions->output.empty()) WriteOutput(context, waveformOptions->output, csv, CliText(CliMsg::WHAT_CSV_FILE));
+    if (!waveformOptions->output.empty())
+      WriteOutput(context, waveformOptions->output, csv, CliText(CliMsg::WHAT_CSV_FILE));
     if (!waveformOptions->plot.empty()) {
       const std::string title =
           "CH" + std::to_string(capture.channel) + "  " + std::to_string(capture.seconds.size()) + " POINTS";
@@ -296,8 +308,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
       context.out << csv;
     } else {
       if (!waveformOptions->output.empty())
-        context.out << CliText(CliMsg::POINTS_WRITTEN_TO, {std::to_string(capture.seconds.size()),
-                                                           std::to_string(capture.channel), Absolute(waveformOptions->output)})
+        context.out << CliText(CliMsg::POINTS_WRITTEN_TO,
+                               {std::to_string(capture.seconds.size()), std::to_string(capture.channel),
+                                Absolute(waveformOptions->output)})
                     << "\n";
       if (!waveformOptions->plot.empty())
         context.out << CliText(CliMsg::FIELD_PLOT) << ": " << Absolute(waveformOptions->plot) << "\n";
@@ -334,7 +347,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     const auto size = std::filesystem::file_size(file, ec);
     const std::string path = Absolute(file);
     if (context.json)
-      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(
+                         -1, ' ', false, kReplaceInvalidUtf8)
+                  << "\n";
     else
       context.out << CliText(CliMsg::SCREEN_IMAGE_WRITTEN,
                              {ImageExtension(format), std::to_string(ec ? 0 : size), path})

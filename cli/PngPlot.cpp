@@ -244,7 +244,8 @@ std::vector<std::uint8_t> PngPlot::Render() const {
   const std::size_t n = m_seconds.size();
   const double t0 = n > 0 ? m_seconds.front() : 0.0;
   // The record covers n sample intervals: the last sample is one interval short of the screen's edge.
-  const double t1 = n > 1 ? t0 + (m_seconds.back() - t0) * static_cast<double>(n) / static_cast<double>(n - 1) : t0 + 1.0;
+  const double t1 =
+      n > 1 ? t0 + (m_seconds.back() - t0) * static_cast<double>(n) / static_cast<double>(n - 1) : t0 + 1.0;
   double low = 0.0, high = 0.0;
   if (n > 0) {
     const auto [minIt, maxIt] = std::minmax_element(m_volts.begin(), m_volts.end());
@@ -271,8 +272,9 @@ std::vector<std::uint8_t> PngPlot::Render() const {
 
   const double voltSpan = high - low;
   const double timeSpan = span;
-  canvas.Text(PLOT_LEFT, 14, m_title + "   " + WithUnit(timeSpan / DIVISIONS_X, timeSpan / DIVISIONS_X, "s") +
-                                 "/DIV   " + WithUnit(voltSpan / DIVISIONS_Y, voltSpan / DIVISIONS_Y, "V") + "/DIV",
+  canvas.Text(PLOT_LEFT, 14,
+              m_title + "   " + WithUnit(timeSpan / DIVISIONS_X, timeSpan / DIVISIONS_X, "s") + "/DIV   " +
+                  WithUnit(voltSpan / DIVISIONS_Y, voltSpan / DIVISIONS_Y, "V") + "/DIV",
               INK);
   const int glyphHeight = 7 * TEXT_SCALE;
   const double voltLabels[] = {high, (high + low) / 2, low};

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "form/FormFile.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
+#include "form/FormFile.h"
 
 namespace cvn73100 {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "cli/CliContext.h"
-#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
+#include "form/FormFile.h"
 #include "platform/PropertyBag.h"
 
 namespace cvn73100 {

@@ -11,8 +11,8 @@
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
 #include "cli/StopOnSignal.h"
-#include "control/Cvn73100Scope.h"
 #include "connection/CQueryInstrument.h"
+#include "control/Cvn73100Scope.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/IOManager.h"
@@ -73,8 +73,7 @@ void RegisterResources(CLI::App& app, CliContext& context) {
 
 void RegisterTest(CLI::App& app, CliContext& context) {
   auto address = std::make_shared<std::string>();
-  auto* test =
-      app.add_subcommand("test", CliText(CliMsg::TEST_COMMAND) + "\n" + CliText(CliMsg::TEST_EXIT_STATUS));
+  auto* test = app.add_subcommand("test", CliText(CliMsg::TEST_COMMAND) + "\n" + CliText(CliMsg::TEST_EXIT_STATUS));
   test->add_option("ADDRESS", *address, "GPIB0::7::INSTR, COM1, COM2::Baud=19200,Handshake=DTR_DSR ...")->required();
   test->callback([&context, address] {
     ScopeSession session(context);
@@ -113,8 +112,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
   };
   auto options = std::make_shared<Options>();
   auto* search = app.add_subcommand("search", CliText(CliMsg::SEARCH_COMMAND));
-  auto* exclude =
-      search->add_flag("--exclude-silent", options->excludeSilent, CliText(CliMsg::EXCLUDE_SILENT_FLAG));
+  auto* exclude = search->add_flag("--exclude-silent", options->excludeSilent, CliText(CliMsg::EXCLUDE_SILENT_FLAG));
   auto* keep = search->add_flag("--keep-silent", options->keepSilent, CliText(CliMsg::KEEP_SILENT_FLAG));
   exclude->excludes(keep);
   search->add_flag("--all", options->all, CliText(CliMsg::ALL_FLAG));
@@ -193,8 +191,7 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     std::string address;
     if (IsRowNumber(*target)) {
       const long number = std::stol(*target);
-      if (table.empty())
-        throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, CliText(CliMsg::NO_SEARCH_RESULTS));
+      if (table.empty()) throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, CliText(CliMsg::NO_SEARCH_RESULTS));
       if (number < 1 || number > static_cast<long>(table.size()))
         throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
                          CliText(CliMsg::ROW_NOT_IN_TABLE, {*target, std::to_string(table.size())}));
@@ -225,8 +222,10 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     // A question answered Cancel (at the prompt, or for want of a terminal) leaves the form as it was.
     if (context.host.Cancelled() > 0) {
       context.exitStatus = ExitStatus::CANCELLED;
-      if (context.json) context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
-      else context.err << CliText(CliMsg::CANCELLED_ADDRESS_STAYS, {addressBefore}) << "\n";
+      if (context.json)
+        context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
+      else
+        context.err << CliText(CliMsg::CANCELLED_ADDRESS_STAYS, {addressBefore}) << "\n";
       return;
     }
 
@@ -239,7 +238,8 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     } else {
       context.out << CliText(CliMsg::FIELD_ADDRESS) << ": " << control.Address() << "\n";
       if (!control.AddressInstrumentID().empty())
-        context.out << CliText(CliMsg::FIELD_INSTRUMENT) << ": " << Reply(context, control.AddressInstrumentID()) << "\n";
+        context.out << CliText(CliMsg::FIELD_INSTRUMENT) << ": " << Reply(context, control.AddressInstrumentID())
+                    << "\n";
     }
     session.Finish();
   });

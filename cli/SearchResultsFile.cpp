@@ -71,7 +71,9 @@ void SearchResultsFile::Save(const std::vector<TableRow>& table) const {
                         {"manufacturer", entry.row.manufacturer},
                         {"reply", entry.row.reply}});
   }
-  const std::string text = json{{"format", "cvnscope-search"}, {"version", 1}, {"rows", rows}}.dump(2, ' ', false, kReplaceInvalidUtf8) + "\n";
+  const std::string text =
+      json{{"format", "cvnscope-search"}, {"version", 1}, {"rows", rows}}.dump(2, ' ', false, kReplaceInvalidUtf8) +
+      "\n";
 
   WriteFileAtomically(m_path, text, "Search results");
 }

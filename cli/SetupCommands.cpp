@@ -9,8 +9,8 @@
 #include "cli/ConsoleSetupsView.h"
 #include "cli/JsonText.h"
 #include "cli/OutputFile.h"
-#include "cli/TextWidth.h"
 #include "cli/ScopeSession.h"
+#include "cli/TextWidth.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
 #include "setups/CSetupFile.h"
@@ -39,12 +39,9 @@ std::size_t LearnStringLength(const SetupCvn73100Scope& setup) {
 }
 
 json SetupJson(const SetupCvn73100Scope& setup) {
-  return json{{"name", setup.Name()},
-              {"comments", setup.Comments()},
-              {"model", setup.Model()},
-              {"version", setup.Version()},
-              {"bytes", LearnStringLength(setup)},
-              {"empty", !setup.LearnString().has_value()}};
+  return json{
+      {"name", setup.Name()},       {"comments", setup.Comments()},      {"model", setup.Model()},
+      {"version", setup.Version()}, {"bytes", LearnStringLength(setup)}, {"empty", !setup.LearnString().has_value()}};
 }
 
 // One setup command: the control from the form, and the Setups page bound to it on a console view. The
@@ -68,8 +65,7 @@ class SetupsCommand {
   // Selects the row of setup `name`; an unknown name is an error.
   void Select(const std::string& name) {
     const int row = m_view.RowOf(name);
-    if (row < 0)
-      throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, CliText(CliMsg::NO_SUCH_SETUP, {name}));
+    if (row < 0) throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, CliText(CliMsg::NO_SUCH_SETUP, {name}));
     m_page.ListViewSetup_Click(row);
   }
 
@@ -109,7 +105,8 @@ class SetupsCommand {
   std::shared_ptr<SetupCvn73100Scope> Setup(const std::string& name) { return m_page.WorkingSetups()->item(name); }
 
   // `action` goes into JSON as it is; `actionText` (a CliMsg number) says it in the run's language.
-  void Report(const std::string& action, int actionText, const SetupCvn73100Scope& setup, const std::string& file = "") {
+  void Report(const std::string& action, int actionText, const SetupCvn73100Scope& setup,
+              const std::string& file = "") {
     if (m_context.json) {
       json result = SetupJson(setup);
       result["action"] = action;
@@ -187,7 +184,8 @@ void RegisterSave(CLI::App& setup, CliContext& context) {
     const bool toStdout = IsStandardStream(options->file);
     PrepareOutputFolder(context, options->file, CliText(CliMsg::WHAT_SETUP_FILE));
     const ScratchFolder scratch;
-    const std::string file = toStdout ? scratch.PathOf(options->name + Cvn73100PPSetup::DEFAULT_EXTENSION) : options->file;
+    const std::string file =
+        toStdout ? scratch.PathOf(options->name + Cvn73100PPSetup::DEFAULT_EXTENSION) : options->file;
     SetupsCommand command(context);
     command.Select(options->name);
     context.host.SetFileAnswer(file);
@@ -239,7 +237,8 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
     if (!command.Succeeded()) return;
     command.Apply();
     const std::string opened = std::filesystem::path(file).stem().string();
-    command.Report("Opened", CliMsg::SETUP_OPENED, *command.Setup(opened), IsStandardStream(options->file) ? "-" : Absolute(options->file));
+    command.Report("Opened", CliMsg::SETUP_OPENED, *command.Setup(opened),
+                   IsStandardStream(options->file) ? "-" : Absolute(options->file));
   });
 }
 
@@ -274,15 +273,14 @@ void RegisterShow(CLI::App& setup, CliContext& context) {
                   << "\n";
       return;
     }
-    PrintFields(context.out,
-                {{CliText(CliMsg::FIELD_FILE), shownPath},
-                 {CliText(CliMsg::FIELD_FORMAT), formatName},
-                 {CliText(CliMsg::FIELD_MODEL), ConsoleHost::ToTerminal(read.Model())},
-                 {CliText(CliMsg::FIELD_VERSION), read.Version()},
-                 {CliText(CliMsg::FIELD_COMMENTS), ConsoleHost::ToTerminal(read.Comments())},
-                 {CliText(CliMsg::FIELD_DATA_LENGTH),
-                  read.LearnString() ? CliText(CliMsg::N_BYTES, {std::to_string(LearnStringLength(read))})
-                                     : CliText(CliMsg::NO_BYTES_EMPTY)}});
+    PrintFields(context.out, {{CliText(CliMsg::FIELD_FILE), shownPath},
+                              {CliText(CliMsg::FIELD_FORMAT), formatName},
+                              {CliText(CliMsg::FIELD_MODEL), ConsoleHost::ToTerminal(read.Model())},
+                              {CliText(CliMsg::FIELD_VERSION), read.Version()},
+                              {CliText(CliMsg::FIELD_COMMENTS), ConsoleHost::ToTerminal(read.Comments())},
+                              {CliText(CliMsg::FIELD_DATA_LENGTH),
+                               read.LearnString() ? CliText(CliMsg::N_BYTES, {std::to_string(LearnStringLength(read))})
+                                                  : CliText(CliMsg::NO_BYTES_EMPTY)}});
   });
 }
 
@@ -311,8 +309,9 @@ void RegisterList(CLI::App& setup, CliContext& context) {
                CliText(CliMsg::COLUMN_BYTES), captions.commentsColumn});
     for (const auto& row : rows) {
       const auto item = command.Setup(row.name);
-      table.Add({(row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") + row.name, item->Model(), item->Version(),
-                 item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-"), row.comments});
+      table.Add({(row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") + row.name, item->Model(),
+                 item->Version(), item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-"),
+                 row.comments});
     }
     table.Print(context.out);
   });

@@ -6,10 +6,10 @@
 #include <sstream>
 
 #include "iolib/BoardMap.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/AtomicFile.h"
 #include "simulator/Instrument.h"
 #include "simulator/LearnString.h"
+#include "simulator/SimulatedBus.h"
 
 namespace cvn73100 {
 namespace {

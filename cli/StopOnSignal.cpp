@@ -1,6 +1,5 @@
 #include "cli/StopOnSignal.h"
 
-
 namespace cvn73100 {
 namespace {
 

@@ -18,7 +18,8 @@ std::string PadToWidth(const std::string& text, std::size_t width);
 // command line prints goes through it, so translated headings line up as English ones do.
 class TextTable {
  public:
-  explicit TextTable(std::string indent = "", std::string gap = "  ") : m_indent(std::move(indent)), m_gap(std::move(gap)) {}
+  explicit TextTable(std::string indent = "", std::string gap = "  ")
+      : m_indent(std::move(indent)), m_gap(std::move(gap)) {}
   void Add(std::vector<std::string> cells) { m_rows.push_back(std::move(cells)); }
   void Print(std::ostream& out) const;
 

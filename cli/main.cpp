@@ -1,15 +1,16 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
 #include <optional>
 #include <string_view>
-#include <unistd.h>
 
 #include "cli/CliContext.h"
 #include "cli/CliText.h"
-#include "dialogs/Messages.h"
 #include "cli/Completion.h"
 #include "cli/SimulatorState.h"
+#include "dialogs/Messages.h"
 #include "form/FormFile.h"
 #include "iolib/IOLibrary.h"
 #include "platform/Host.h"
@@ -84,7 +85,9 @@ int main(int argc, char** argv) {
   RegisterDoctorCommand(app, context);
   auto* completion = app.add_subcommand("completion", CliText(CliMsg::COMPLETION_COMMAND));
   std::string shell;
-  completion->add_option("SHELL", shell, CliText(CliMsg::SHELL_ARGUMENT))->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  completion->add_option("SHELL", shell, CliText(CliMsg::SHELL_ARGUMENT))
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
   completion->callback([&] { context.out << CompletionScript(app, shell); });
   GroupHelpFlags(app, CliText(CliMsg::LABEL_OPTIONS));
 
@@ -92,11 +95,10 @@ int main(int argc, char** argv) {
   std::optional<SimulatorState> simulator;
   auto* sim = app.add_subcommand("sim", CliText(CliMsg::SIM_COMMAND));
   sim->require_subcommand(1);
-  sim->add_subcommand("reset", CliText(CliMsg::SIM_RESET_COMMAND))
-      ->callback([&] {
-        simulator->Reset();
-        simulator.reset();
-      });
+  sim->add_subcommand("reset", CliText(CliMsg::SIM_RESET_COMMAND))->callback([&] {
+    simulator->Reset();
+    simulator.reset();
+  });
 
   // The control's separate components: the I/O library with the simulated instruments as one of its backends,
   // and the automation server of the 73100 family.

@@ -4,9 +4,9 @@
 #include <cctype>
 #include <string_view>
 
+#include "connection/CQueryInstrument.h"
 #include "diagnostics/CDebug.h"
 #include "dialogs/Messages.h"
-#include "connection/CQueryInstrument.h"
 #include "platform/Components.h"
 
 namespace cvn73100 {

@@ -69,7 +69,7 @@ std::string Hex(std::int32_t code) {
 // Short time and date forms: 24-hour time and the ISO date, the same on every host locale.
 std::string Now() {
   const std::time_t now = std::time(nullptr);
-  std::tm local {};
+  std::tm local{};
   localtime_r(&now, &local);
   char buffer[64];
   std::strftime(buffer, sizeof buffer, "%H:%M:%S %Y-%m-%d", &local);
@@ -90,8 +90,8 @@ std::string CDebug::FormatMessageBlock(std::int32_t code, const std::string& tex
   return block;
 }
 
-std::string CDebug::FormatTraceLine(const std::string& text, const std::string& className,
-                                    const std::string& procedure, const std::string& location) {
+std::string CDebug::FormatTraceLine(const std::string& text, const std::string& className, const std::string& procedure,
+                                    const std::string& location) {
   std::string line = text.empty() ? "Trace:" : "Trace: " + text;
   if (!className.empty() || !procedure.empty() || !location.empty()) {
     line += " -- At: ";

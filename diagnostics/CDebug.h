@@ -22,10 +22,10 @@ class CDebug {
   static constexpr const char* MESSAGE_BOX_TITLE = "Remote Support Assistant";
 
   // Reports a broken invariant (when `condition` is false) and lets the caller go on.
-  void Assert(bool condition, const std::string& expression, const std::string& className,
-              const std::string& procedure, const std::string& location);
-  void Message(std::int32_t code, const std::string& text, const std::string& className,
-               const std::string& procedure, const std::string& location);
+  void Assert(bool condition, const std::string& expression, const std::string& className, const std::string& procedure,
+              const std::string& location);
+  void Message(std::int32_t code, const std::string& text, const std::string& className, const std::string& procedure,
+               const std::string& location);
   void Trace(const std::string& text, const std::string& className, const std::string& procedure,
              const std::string& location);
 

@@ -4,9 +4,9 @@
 #include <cctype>
 #include <exception>
 
-#include "dialogs/AutoCenter.h"
 #include "connection/IPPCvn73100Scope.h"
 #include "diagnostics/CDebug.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/Messages.h"
 #include "discovery/FrmSearchResults.h"
 #include "discovery/SearchWorkers.h"
@@ -250,7 +250,8 @@ std::vector<Cvn73100PPSrchIO::SearchPort> Cvn73100PPSrchIO::PlanSearch() const {
     SearchPort port{0, board, m_cioconfiguration->GPIBPortString(board), {}};
     for (std::int32_t a = SEARCH_CRITERIA::FIRST_GPIB_INCLUDE; a <= SEARCH_CRITERIA::LAST_GPIB_INCLUDE; ++a)
       if (m_cioconfiguration->GPIBPortIncludes(board, a))
-        port.addresses.push_back(port.name + ADDRESS_SEPARATOR + std::to_string(a) + ADDRESS_SEPARATOR + RESOURCE_CLASS);
+        port.addresses.push_back(port.name + ADDRESS_SEPARATOR + std::to_string(a) + ADDRESS_SEPARATOR +
+                                 RESOURCE_CLASS);
     ports.push_back(std::move(port));
   }
   return ports;
@@ -298,9 +299,15 @@ void Cvn73100PPSrchIO::FollowSearch(const std::vector<SearchPort>& ports, Search
           ShowInFlight(inFlight);
           m_view.ShowProgress(step, total);
           continue;
-        case SearchEvent::Kind::Probed: ++step; break;
-        case SearchEvent::Kind::NotOpened: step += static_cast<std::int32_t>(ports[i].addresses.size()); break;
-        case SearchEvent::Kind::Ended: inFlight[i].clear(); break;
+        case SearchEvent::Kind::Probed:
+          ++step;
+          break;
+        case SearchEvent::Kind::NotOpened:
+          step += static_cast<std::int32_t>(ports[i].addresses.size());
+          break;
+        case SearchEvent::Kind::Ended:
+          inFlight[i].clear();
+          break;
       }
       pending[i].push_back(std::move(event));
     }
@@ -331,7 +338,8 @@ bool Cvn73100PPSrchIO::MergePort(const SearchPort& port, const std::vector<Searc
   bool ended = false;
   for (const SearchEvent& event : events) {
     switch (event.kind) {
-      case SearchEvent::Kind::Starting: break;
+      case SearchEvent::Kind::Starting:
+        break;
       case SearchEvent::Kind::NotOpened:
         if (!gpib) m_abPresentCOM[static_cast<std::size_t>(port.rs232 - RS232_PORT::First)] = false;
         if (!stopped) ShowPortNotOpened(event.address, event.cause);

@@ -136,7 +136,7 @@ class Cvn73100PPSrchIO {
   void TakeControlConfiguration(IPPCvn73100Scope& control);
   // One COM port, or one GPIB board with its included addresses, probed in order by one worker.
   struct SearchPort {
-    std::int32_t rs232 = 0;  // COM port number; unused for a board
+    std::int32_t rs232 = 0;   // COM port number; unused for a board
     std::int32_t board = -1;  // GPIB board number, -1 for a COM port
     std::string name;         // "COM2", "GPIB0"
     std::vector<std::string> addresses;

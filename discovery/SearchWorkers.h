@@ -75,7 +75,9 @@ class SearchWorkers {
 
 // One I/O manager shared by a search's workers. The manager serves one thread at a time, so listing and opening
 // take turns; the channels it opens are each used on their own worker's thread.
-class SharedIOManager : public IIOManager, public IIOManagerSource, public std::enable_shared_from_this<SharedIOManager> {
+class SharedIOManager : public IIOManager,
+                        public IIOManagerSource,
+                        public std::enable_shared_from_this<SharedIOManager> {
  public:
   explicit SharedIOManager(std::shared_ptr<IIOManager> manager) : m_manager(std::move(manager)) {}
 

@@ -1,19 +1,19 @@
 #include "form/FormFile.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <ctime>
+#include <filesystem>
 #include <iostream>
-#include <optional>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "form/FormMerge.h"
 #include "platform/AtomicFile.h"
@@ -63,14 +63,21 @@ Bytes BytesFromJson(const std::string& hex) {
 
 json ToJsonValue(const Variant& value) {
   switch (value.GetType()) {
-    case Variant::Type::Empty: return nullptr;
-    case Variant::Type::Boolean: return value.AsBool();
+    case Variant::Type::Empty:
+      return nullptr;
+    case Variant::Type::Boolean:
+      return value.AsBool();
     case Variant::Type::Integer:
-    case Variant::Type::Long: return value.AsLong();
-    case Variant::Type::Double: return value.AsDouble();
-    case Variant::Type::String: return value.AsString();
-    case Variant::Type::ByteArray: return BytesToJson(value.AsBytes());
-    case Variant::Type::DoubleArray: return value.AsDoubles();
+    case Variant::Type::Long:
+      return value.AsLong();
+    case Variant::Type::Double:
+      return value.AsDouble();
+    case Variant::Type::String:
+      return value.AsString();
+    case Variant::Type::ByteArray:
+      return BytesToJson(value.AsBytes());
+    case Variant::Type::DoubleArray:
+      return value.AsDoubles();
     case Variant::Type::Array: {
       json array = json::array();
       for (const auto& item : value.AsArray()) array.push_back(ToJsonValue(item));
@@ -113,7 +120,8 @@ struct FormDamage {
 
 std::size_t LineAt(const std::string& text, std::size_t offset) {
   offset = std::min(offset, text.size());
-  return 1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
+  return 1 +
+         static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
 }
 
 // The line on which property `key` is written, or 0.
@@ -169,7 +177,8 @@ void ReadForm(const std::string& path, MemoryPropertyBag& bag) {
   std::optional<std::string> text;
   try {
     struct stat st {};
-    if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && static_cast<std::size_t>(st.st_size) > FormFile::MAX_SIZE)
+    if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) &&
+        static_cast<std::size_t>(st.st_size) > FormFile::MAX_SIZE)
       throw FormDamage{0, std::to_string(st.st_size) + " bytes, more than the " + std::to_string(FormFile::MAX_SIZE) +
                               " a form may hold"};
     text = ReadRegularFile(path, FormFile::MAX_SIZE);
@@ -237,15 +246,18 @@ std::string FormFile::ToJson(const MemoryPropertyBag& bag) {
     order.push_back(key);
   }
   // The keys' order is the order the control wrote them in; JSON objects do not keep it.
-  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+  return json{{"format", "cvn73100-form"}, {"version", 1}, {"order", order}, {"properties", object}}.dump(
+             2, ' ', false, json::error_handler_t::replace) +
+         "\n";
 }
 
 void FormFile::FromJson(const std::string& text, MemoryPropertyBag& bag) {
   try {
     Parse(text, bag);
   } catch (const FormDamage& damage) {
-    throw ScopeError(ERR_TYPE_MISMATCH, SOURCE,
-                     "The form file is not a cvn73100 form: line " + std::to_string(damage.line) + ": " + damage.reason);
+    throw ScopeError(
+        ERR_TYPE_MISMATCH, SOURCE,
+        "The form file is not a cvn73100 form: line " + std::to_string(damage.line) + ": " + damage.reason);
   }
 }
 
@@ -268,8 +280,8 @@ void FormFile::LoadLocked(MemoryPropertyBag& bag, const Notice& notice) const {
     if (std::rename(m_path.c_str(), damaged.c_str()) != 0)
       throw FormError(m_path, damage.reason + "; it cannot be put aside: " + std::strerror(errno));
     bag.Clear();
-    Tell(notice, "Form file " + m_path + (damage.line ? ", line " + std::to_string(damage.line) : std::string()) + ": " +
-                     damage.reason + ". It is kept as " + damaged + "; going on with a fresh form.");
+    Tell(notice, "Form file " + m_path + (damage.line ? ", line " + std::to_string(damage.line) : std::string()) +
+                     ": " + damage.reason + ". It is kept as " + damaged + "; going on with a fresh form.");
   }
 }
 

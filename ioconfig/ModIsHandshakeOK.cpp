@@ -2,8 +2,8 @@
 
 #include <initializer_list>
 
-#include "dialogs/AutoCenter.h"
 #include "diagnostics/CDebug.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "platform/Components.h"

@@ -7,9 +7,9 @@ namespace cvn73100 {
 
 // Warns the user, once per address, when an instrument that needs DTR/DSR handshaking is reached
 // over a serial port set to XON/XOFF, or over a port whose settings cannot be set from here (a raw
-// socket to a serial device server, as the I/O library reports). Decides from the address and the instrument's "*IDN?" reply;
-// never talks to the instrument. Returns true when no warning was needed; after a warning, whether
-// the user ticked "Do not show this message again".
+// socket to a serial device server, as the I/O library reports). Decides from the address and the instrument's "*IDN?"
+// reply; never talks to the instrument. Returns true when no warning was needed; after a warning, whether the user
+// ticked "Do not show this message again".
 //
 //   strAddress                   an instrument address; an invalid one raises -2147221124
 //   strIDN                       the reply of the identification query ("" when nothing answered)

@@ -357,7 +357,9 @@ const BoardMap::ComTarget& BoardMap::Com(int port) const {
 const BoardMap::GpibTarget& BoardMap::Gpib(int board) const {
   return m_gpib.at(static_cast<std::size_t>(board - kFirstGpib));
 }
-void BoardMap::SetCom(int port, ComTarget target) { m_com.at(static_cast<std::size_t>(port - kFirstCom)) = std::move(target); }
+void BoardMap::SetCom(int port, ComTarget target) {
+  m_com.at(static_cast<std::size_t>(port - kFirstCom)) = std::move(target);
+}
 void BoardMap::SetGpib(int board, GpibTarget target) {
   m_gpib.at(static_cast<std::size_t>(board - kFirstGpib)) = std::move(target);
 }

@@ -80,8 +80,7 @@ std::vector<std::string> IOManager::FindResources(const std::string& pattern) {
 void IOManager::ListSerial(int port, std::vector<std::string>& names) const {
   const auto& target = m_map.Com(port);
   const bool present = (target.kind == ComKind::Simulated && m_serialPorts.at(ComIndex(port))) ||
-                       target.kind == ComKind::Rfc2217 ||
-                       target.kind == ComKind::RawTcp ||
+                       target.kind == ComKind::Rfc2217 || target.kind == ComKind::RawTcp ||
                        (target.kind == ComKind::Node && SerialLine::NodeIsOpenable(target.node));
   if (present) names.push_back(ResourceAddress::Serial(port).Name());
 }

@@ -136,8 +136,8 @@ int PrologixConnection::SerialPoll(const Deadline& deadline) {
     m_readTimeoutMs = kPollTimeoutMs;
   }
   Command("spoll", deadline);
-  const Deadline answer(std::min(deadline.End(), std::chrono::steady_clock::now() +
-                                                     std::chrono::milliseconds(kPollTimeoutMs + kAnswerMarginMs)));
+  const Deadline answer(std::min(
+      deadline.End(), std::chrono::steady_clock::now() + std::chrono::milliseconds(kPollTimeoutMs + kAnswerMarginMs)));
   std::string line;
   std::uint8_t byte = 0;
   while (Receive(&byte, 1, answer) == 1) {

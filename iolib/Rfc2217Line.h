@@ -18,9 +18,10 @@ namespace cvn73100::io {
 //   fails the open (IOERR_OPEN_FAILED).
 // - Flush purges what the server received from the device and drops what arrived here.
 // - Baud rate, data bits, stop bits and parity must be acknowledged within kAckWait, or the call raises
-//   IOERR_IO_FAILURE (IOERR_OPEN_FAILED while opening) naming the setting. Not every server answers flow control, DTR/RTS or purge requests (a
-//   server on a port without modem-control lines leaves DTR and RTS unanswered): those are waited for
-//   kOptionalAckWait, and a kind of request a server left unanswered once is not waited for again in this process.
+//   IOERR_IO_FAILURE (IOERR_OPEN_FAILED while opening) naming the setting. Not every server answers flow control,
+//   DTR/RTS or purge requests (a server on a port without modem-control lines leaves DTR and RTS unanswered): those are
+//   waited for kOptionalAckWait, and a kind of request a server left unanswered once is not waited for again in this
+//   process.
 // - Handshake DTR/DSR asks the server for DSR flow control outbound and DTR flow control inbound, XON/XOFF for
 //   XON/XOFF both ways. DSR reads asserted until the server reports a modem line on (a server that reports every
 //   line off has a port without modem-control inputs, where DSR counts as asserted), then as reported.

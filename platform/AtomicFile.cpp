@@ -23,7 +23,9 @@ constexpr std::time_t STALE_AFTER_SECONDS = 60;
   throw AtomicFileError(path + ": " + step + ": " + std::strerror(error));
 }
 
-std::string TemporaryPrefix(const fs::path& target) { return "." + target.filename().string().substr(0, 200) + ".tmp-"; }
+std::string TemporaryPrefix(const fs::path& target) {
+  return "." + target.filename().string().substr(0, 200) + ".tmp-";
+}
 
 // The file a save replaces: `path` itself, or what a link of one's own points to.
 fs::path SaveTarget(const std::string& path) {

@@ -58,7 +58,7 @@ struct FileDialogRequest {
   WindowHandle owner = 0;
   std::string title;
   std::vector<std::pair<std::string, std::string>> filters;  // (description, patterns "*.scp;*.stp")
-  int filterIndex = 1;                                        // 1-based
+  int filterIndex = 1;                                       // 1-based
   std::string initialDirectory;
   std::string fileName;  // default file name
   long flags = 0;

@@ -16,14 +16,14 @@ inline constexpr std::int16_t RS232_HandShake_DTR_DSR = 4;
 
 // The I/O library's own error numbers, one per condition, so a caller can tell them apart.
 enum IOErrorCode : std::int32_t {
-  IOERR_TIMEOUT = 1100,        // no (complete) reply within Timeout
+  IOERR_TIMEOUT = 1100,          // no (complete) reply within Timeout
   IOERR_DEVICE_VANISHED = 1101,  // the device node or connection went away
-  IOERR_NO_LISTENER = 1102,    // no device listens at the GPIB address
-  IOERR_OPEN_FAILED = 1103,    // the resource does not exist or cannot be opened
-  IOERR_IO_FAILURE = 1104,     // any other failure of the line or adapter
-  IOERR_UNSUPPORTED = 1105,    // the backend cannot do what was asked
-  IOERR_BAD_ARGUMENT = 1106,   // an argument out of range (negative count, unknown image)
-  IOERR_CLOSED = 1107,         // the object was closed through Port().Close()
+  IOERR_NO_LISTENER = 1102,      // no device listens at the GPIB address
+  IOERR_OPEN_FAILED = 1103,      // the resource does not exist or cannot be opened
+  IOERR_IO_FAILURE = 1104,       // any other failure of the line or adapter
+  IOERR_UNSUPPORTED = 1105,      // the backend cannot do what was asked
+  IOERR_BAD_ARGUMENT = 1106,     // an argument out of range (negative count, unknown image)
+  IOERR_CLOSED = 1107,           // the object was closed through Port().Close()
 };
 inline constexpr const char* IO_ERROR_SOURCE = "CorvaneIOUtilsLib";
 ScopeError IOError(IOErrorCode code, const std::string& detail = {});

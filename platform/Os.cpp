@@ -72,8 +72,7 @@ namespace {
 // rights for group or others. Shared temporary folders hold other users' files and links.
 bool IsPrivateFolder(const std::string& path) {
   struct stat st {};
-  return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::geteuid() &&
-         (st.st_mode & 077) == 0;
+  return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::geteuid() && (st.st_mode & 077) == 0;
 }
 
 std::string WithSlash(std::string dir) {

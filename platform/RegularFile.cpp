@@ -40,8 +40,7 @@ std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t 
   }
   struct stat st {};
   if (::fstat(file.fd, &st) != 0) Fail(path, "stat", errno);
-  if (!S_ISREG(st.st_mode))
-    throw FileError(path + ": is " + KindOf(st.st_mode) + ", where a regular file is expected");
+  if (!S_ISREG(st.st_mode)) throw FileError(path + ": is " + KindOf(st.st_mode) + ", where a regular file is expected");
   if (static_cast<std::uintmax_t>(st.st_size) > maxBytes)
     throw FileError(path + ": " + std::to_string(st.st_size) + " bytes, more than the " + std::to_string(maxBytes) +
                     " allowed");
@@ -53,7 +52,8 @@ std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t 
     if (n < 0) Fail(path, "read", errno);
     if (n == 0) break;
     text.append(buffer, static_cast<std::size_t>(n));
-    if (text.size() > maxBytes) throw FileError(path + ": more than the " + std::to_string(maxBytes) + " bytes allowed");
+    if (text.size() > maxBytes)
+      throw FileError(path + ": more than the " + std::to_string(maxBytes) + " bytes allowed");
   }
   return text;
 }

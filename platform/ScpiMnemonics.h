@@ -13,7 +13,7 @@
 namespace cvn73100::scpi {
 
 struct Mnemonic {
-  std::int32_t value;     // the control's enumeration value
+  std::int32_t value;  // the control's enumeration value
   std::string_view keyword;
 };
 
@@ -86,12 +86,11 @@ inline std::string ShortReply(std::string_view keyword) {
 
 // When several entries share a value, the first is the one sent; later ones are only read.
 inline constexpr Mnemonic ACQUISITION_TYPES[] = {
-    {Cvn73100_AcquisitionType_Normal, "NORMal"},        {Cvn73100_AcquisitionType_Average, "AVERage"},
-    {Cvn73100_AcquisitionType_Real, "HRESolution"},     {Cvn73100_AcquisitionType_Peak, "PEAK"},
-    {Cvn73100_AcquisitionType_Glitch, "GLITch"},        {Cvn73100_AcquisitionType_Auto, "AUTO"}};
-inline constexpr Mnemonic CHANNEL_COUPLINGS[] = {{Cvn73100_ProbeCoupling_DC, "DC"},
-                                                 {Cvn73100_ProbeCoupling_AC, "AC"},
-                                                 {Cvn73100_ProbeCoupling_GND, "GND"}};
+    {Cvn73100_AcquisitionType_Normal, "NORMal"},    {Cvn73100_AcquisitionType_Average, "AVERage"},
+    {Cvn73100_AcquisitionType_Real, "HRESolution"}, {Cvn73100_AcquisitionType_Peak, "PEAK"},
+    {Cvn73100_AcquisitionType_Glitch, "GLITch"},    {Cvn73100_AcquisitionType_Auto, "AUTO"}};
+inline constexpr Mnemonic CHANNEL_COUPLINGS[] = {
+    {Cvn73100_ProbeCoupling_DC, "DC"}, {Cvn73100_ProbeCoupling_AC, "AC"}, {Cvn73100_ProbeCoupling_GND, "GND"}};
 inline constexpr Mnemonic TIME_MODES[] = {{Cvn73100_TimeMode_Normal, "MAIN"},
                                           {Cvn73100_TimeMode_Delayed, "WINDow"},
                                           {Cvn73100_TimeMode_XY, "XY"},
@@ -103,17 +102,17 @@ inline constexpr Mnemonic TRIGGER_SWEEPS[] = {{Cvn73100_TriggerMode_Auto, "AUTO"
                                               {Cvn73100_TriggerMode_Normal, "NORMal"},
                                               {Cvn73100_TriggerMode_AutoLevel, "ALEVel"}};
 inline constexpr Mnemonic TRIGGER_SOURCES[] = {
-    {Cvn73100_TriggerSource_Channel1, "CHANnel1"},    {Cvn73100_TriggerSource_Channel2, "CHANnel2"},
-    {Cvn73100_TriggerSource_Channel3, "CHANnel3"},    {Cvn73100_TriggerSource_Channel4, "CHANnel4"},
-    {Cvn73100_TriggerSource_External, "EXTernal"},    {Cvn73100_TriggerSource_Line, "LINE"},
-    {Cvn73100_TriggerSource_Logic_D0, "DIGital0"},    {Cvn73100_TriggerSource_Logic_D1, "DIGital1"},
-    {Cvn73100_TriggerSource_Logic_D2, "DIGital2"},    {Cvn73100_TriggerSource_Logic_D3, "DIGital3"},
-    {Cvn73100_TriggerSource_Logic_D4, "DIGital4"},    {Cvn73100_TriggerSource_Logic_D5, "DIGital5"},
-    {Cvn73100_TriggerSource_Logic_D6, "DIGital6"},    {Cvn73100_TriggerSource_Logic_D7, "DIGital7"},
-    {Cvn73100_TriggerSource_Logic_D8, "DIGital8"},    {Cvn73100_TriggerSource_Logic_D9, "DIGital9"},
-    {Cvn73100_TriggerSource_Logic_D10, "DIGital10"},  {Cvn73100_TriggerSource_Logic_D11, "DIGital11"},
-    {Cvn73100_TriggerSource_Logic_D12, "DIGital12"},  {Cvn73100_TriggerSource_Logic_D13, "DIGital13"},
-    {Cvn73100_TriggerSource_Logic_D14, "DIGital14"},  {Cvn73100_TriggerSource_Logic_D15, "DIGital15"}};
+    {Cvn73100_TriggerSource_Channel1, "CHANnel1"},   {Cvn73100_TriggerSource_Channel2, "CHANnel2"},
+    {Cvn73100_TriggerSource_Channel3, "CHANnel3"},   {Cvn73100_TriggerSource_Channel4, "CHANnel4"},
+    {Cvn73100_TriggerSource_External, "EXTernal"},   {Cvn73100_TriggerSource_Line, "LINE"},
+    {Cvn73100_TriggerSource_Logic_D0, "DIGital0"},   {Cvn73100_TriggerSource_Logic_D1, "DIGital1"},
+    {Cvn73100_TriggerSource_Logic_D2, "DIGital2"},   {Cvn73100_TriggerSource_Logic_D3, "DIGital3"},
+    {Cvn73100_TriggerSource_Logic_D4, "DIGital4"},   {Cvn73100_TriggerSource_Logic_D5, "DIGital5"},
+    {Cvn73100_TriggerSource_Logic_D6, "DIGital6"},   {Cvn73100_TriggerSource_Logic_D7, "DIGital7"},
+    {Cvn73100_TriggerSource_Logic_D8, "DIGital8"},   {Cvn73100_TriggerSource_Logic_D9, "DIGital9"},
+    {Cvn73100_TriggerSource_Logic_D10, "DIGital10"}, {Cvn73100_TriggerSource_Logic_D11, "DIGital11"},
+    {Cvn73100_TriggerSource_Logic_D12, "DIGital12"}, {Cvn73100_TriggerSource_Logic_D13, "DIGital13"},
+    {Cvn73100_TriggerSource_Logic_D14, "DIGital14"}, {Cvn73100_TriggerSource_Logic_D15, "DIGital15"}};
 inline constexpr Mnemonic TRIGGER_SLOPES[] = {{Cvn73100_TriggerSlope_Positive, "POSitive"},
                                               {Cvn73100_TriggerSlope_Negative, "NEGative"}};
 inline constexpr Mnemonic TRIGGER_COUPLINGS[] = {{Cvn73100_TriggerCoupling_DC, "DC"},

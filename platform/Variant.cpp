@@ -37,20 +37,29 @@ bool Variant::IsNumeric() const {
     case Type::Boolean:
     case Type::Integer:
     case Type::Long:
-    case Type::Double: return true;
-    default: return false;
+    case Type::Double:
+      return true;
+    default:
+      return false;
   }
 }
 
 double Variant::AsDouble() const {
   switch (GetType()) {
-    case Type::Empty: return 0;
-    case Type::Boolean: return std::get<bool>(m_value) ? -1 : 0;
-    case Type::Integer: return std::get<std::int16_t>(m_value);
-    case Type::Long: return std::get<std::int32_t>(m_value);
-    case Type::Double: return std::get<double>(m_value);
-    case Type::String: return ParseNumber(std::get<std::string>(m_value));
-    default: Mismatch();
+    case Type::Empty:
+      return 0;
+    case Type::Boolean:
+      return std::get<bool>(m_value) ? -1 : 0;
+    case Type::Integer:
+      return std::get<std::int16_t>(m_value);
+    case Type::Long:
+      return std::get<std::int32_t>(m_value);
+    case Type::Double:
+      return std::get<double>(m_value);
+    case Type::String:
+      return ParseNumber(std::get<std::string>(m_value));
+    default:
+      Mismatch();
   }
 }
 
@@ -65,32 +74,38 @@ bool Variant::AsBool() const {
 }
 
 std::int16_t Variant::AsInteger() const {
-  return static_cast<std::int16_t>(RoundToInteger(AsDouble(), std::numeric_limits<std::int16_t>::min(),
-                                                  std::numeric_limits<std::int16_t>::max()));
+  return static_cast<std::int16_t>(
+      RoundToInteger(AsDouble(), std::numeric_limits<std::int16_t>::min(), std::numeric_limits<std::int16_t>::max()));
 }
 
 std::int32_t Variant::AsLong() const {
-  return static_cast<std::int32_t>(RoundToInteger(AsDouble(), std::numeric_limits<std::int32_t>::min(),
-                                                  std::numeric_limits<std::int32_t>::max()));
+  return static_cast<std::int32_t>(
+      RoundToInteger(AsDouble(), std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
 }
 
 std::string Variant::AsString() const {
   switch (GetType()) {
-    case Type::Empty: return "";
-    case Type::Boolean: return std::get<bool>(m_value) ? "True" : "False";
-    case Type::Integer: return std::to_string(std::get<std::int16_t>(m_value));
-    case Type::Long: return std::to_string(std::get<std::int32_t>(m_value));
+    case Type::Empty:
+      return "";
+    case Type::Boolean:
+      return std::get<bool>(m_value) ? "True" : "False";
+    case Type::Integer:
+      return std::to_string(std::get<std::int16_t>(m_value));
+    case Type::Long:
+      return std::to_string(std::get<std::int32_t>(m_value));
     case Type::Double: {
       char buffer[32];
       auto [ptr, ec] = std::to_chars(buffer, buffer + sizeof buffer, std::get<double>(m_value));
       return ec == std::errc() ? std::string(buffer, ptr) : std::string();
     }
-    case Type::String: return std::get<std::string>(m_value);
+    case Type::String:
+      return std::get<std::string>(m_value);
     case Type::ByteArray: {
       const auto& b = std::get<Bytes>(m_value);
       return std::string(b.begin(), b.end());
     }
-    default: Mismatch();
+    default:
+      Mismatch();
   }
 }
 

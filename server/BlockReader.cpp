@@ -88,8 +88,8 @@ Bytes BlockReader::Read() {
   m_timeoutSet = -1;
   // Each read asks for no more than the line carries in one Timeout at its slowest allowed rate, so that
   // a read's own limit is the silence limit.
-  m_silenceChunk = std::max<std::size_t>(
-      64, static_cast<std::size_t>(m_msPerByte > 0 ? m_silenceMs / m_msPerByte : LARGEST_CHUNK));
+  m_silenceChunk =
+      std::max<std::size_t>(64, static_cast<std::size_t>(m_msPerByte > 0 ? m_silenceMs / m_msPerByte : LARGEST_CHUNK));
 
   // No reply at all is the I/O library's timeout, passed on as it is.
   Bytes first;
@@ -122,18 +122,18 @@ Bytes BlockReader::Read() {
   Bytes data;
   const auto declared = static_cast<std::size_t>(length);
   while (data.size() < declared) {
-    const std::size_t chunk = std::min({declared - data.size(), std::clamp(data.size(), FIRST_CHUNK, LARGEST_CHUNK),
-                                       m_silenceChunk});
+    const std::size_t chunk =
+        std::min({declared - data.size(), std::clamp(data.size(), FIRST_CHUNK, LARGEST_CHUNK), m_silenceChunk});
     std::size_t got = 0;
     try {
       got = ReadSome(chunk, data);
     } catch (const ScopeError& e) {
       if (!IsTimeout(e)) throw;
       const bool late = Clock::now() >= m_deadline;
-      throw ServerError(SERVERERR_BLOCK_SHORT, std::to_string(data.size()) + " of " + std::to_string(declared) +
-                                                   " declared bytes received, then " +
-                                                   (late ? "the transfer's time ran out" : "silence for " +
-                                                               std::to_string(m_silenceMs) + " ms"));
+      throw ServerError(
+          SERVERERR_BLOCK_SHORT,
+          std::to_string(data.size()) + " of " + std::to_string(declared) + " declared bytes received, then " +
+              (late ? "the transfer's time ran out" : "silence for " + std::to_string(m_silenceMs) + " ms"));
     }
     if (got < chunk) {
       throw ServerError(SERVERERR_BLOCK_SHORT, "the reply ended after " + std::to_string(data.size()) + " of " +

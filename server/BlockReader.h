@@ -22,7 +22,7 @@ namespace cvn73100::server {
 //   needs on the line, counted from the start of the read, so a slow drip cannot hold it forever.
 class BlockReader {
  public:
-  static constexpr std::size_t SETUP_CAP = LEARN_STRING_CAP;         // learn strings
+  static constexpr std::size_t SETUP_CAP = LEARN_STRING_CAP;          // learn strings
   static constexpr std::size_t WAVEFORM_CAP = std::size_t{16} << 20;  // waveform and logic data
   static constexpr std::size_t IMAGE_CAP = std::size_t{16} << 20;     // screen images
 

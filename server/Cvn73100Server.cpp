@@ -208,8 +208,8 @@ void Cvn73100Server::GetWaveformData(Cvn73100_AnalogChannels channel, Cvn73100_W
   // An instrument refuses the record of a channel that is off without a reply; asking first saves the wait.
   const std::string node = scpi::ChannelNode(channel);
   if (!m_channel.QueryBoolean(node + ":DISPlay?")) {
-    throw ServerError(SERVERERR_UNSUPPORTED, "channel " + std::to_string(channel) +
-                                                 " is off; switch it on before reading its waveform");
+    throw ServerError(SERVERERR_UNSUPPORTED,
+                      "channel " + std::to_string(channel) + " is off; switch it on before reading its waveform");
   }
   const Record record = FetchRecord(m_channel, node.substr(1), points, FORMAT_WORD);
   const auto n = static_cast<std::size_t>(record.preamble.points);
@@ -274,8 +274,8 @@ void Cvn73100Server::SaveScreenImage(const std::string& fileName, Cvn73100_Image
   if (fileName.empty()) throw ServerError(SERVERERR_BAD_ARGUMENT, "no file name");
   const Picture picture = GetScreenImage(format);
   try {
-    ReplaceFileAtomically(fileName, {std::string_view(reinterpret_cast<const char*>(picture.data.data()),
-                                                      picture.data.size())});
+    ReplaceFileAtomically(fileName,
+                          {std::string_view(reinterpret_cast<const char*>(picture.data.data()), picture.data.size())});
   } catch (const AtomicFileError& error) {
     throw ServerError(SERVERERR_FILE, error.what());
   }

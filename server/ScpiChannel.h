@@ -2,8 +2,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -61,7 +61,8 @@ class ScpiChannel {
   // A reply read as a whole number (a count or a ratio).
   std::int32_t QueryInteger(const std::string& query);
   // A reply read as one of the table's keywords; returns its value.
-  std::int32_t QueryKeyword(const std::string& query, std::span<const ::cvn73100::scpi::Mnemonic> table, const char* what);
+  std::int32_t QueryKeyword(const std::string& query, std::span<const ::cvn73100::scpi::Mnemonic> table,
+                            const char* what);
   // A boolean reply: 1/0 or ON/OFF.
   bool QueryBoolean(const std::string& query);
   // Reads the instrument's error queue until it reports no error; returns the entries, oldest first.

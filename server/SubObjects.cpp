@@ -6,9 +6,9 @@ namespace cvn73100::server {
 namespace {
 
 using scpi::Argument;
-using scpi::Keyword;
 using scpi::ChannelNode;
 using scpi::DigitalNode;
+using scpi::Keyword;
 using scpi::Real;
 using scpi::Reply;
 
@@ -56,8 +56,7 @@ class AnalogChannels final : public IAnalogChannels {
         m.QueryKeyword(ChannelNode(channel) + ":COUPling?", scpi::CHANNEL_COUPLINGS, "coupling"));
   }
   void SetCoupling(Cvn73100_AnalogChannels channel, Cvn73100_ProbeCoupling coupling) override {
-    m.Set(ChannelNode(channel) + ":COUPling " +
-            Keyword(coupling, scpi::CHANNEL_COUPLINGS, "coupling"));
+    m.Set(ChannelNode(channel) + ":COUPling " + Keyword(coupling, scpi::CHANNEL_COUPLINGS, "coupling"));
   }
   Cvn73100_ProbeAttenuation ProbeAttenuation(Cvn73100_AnalogChannels channel) override {
     return Reply<Cvn73100_ProbeAttenuation>(m.QueryInteger(ChannelNode(channel) + ":PROBe?"), kAttenuations,
@@ -65,7 +64,7 @@ class AnalogChannels final : public IAnalogChannels {
   }
   void SetProbeAttenuation(Cvn73100_AnalogChannels channel, Cvn73100_ProbeAttenuation attenuation) override {
     m.Set(ChannelNode(channel) + ":PROBe " +
-            Argument<Cvn73100_ProbeAttenuation>(attenuation, kAttenuations, "probe attenuation"));
+          Argument<Cvn73100_ProbeAttenuation>(attenuation, kAttenuations, "probe attenuation"));
   }
   double Range(Cvn73100_AnalogChannels channel) override { return m.QueryReal(ChannelNode(channel) + ":RANGe?"); }
   void SetRange(Cvn73100_AnalogChannels channel, double volts) override {

@@ -77,9 +77,9 @@ void CSetupFile::WriteFile(const std::string& fileName) {
       throw WriteFailure("the learn string is longer than a setup file may hold");
     }
     const std::string header = HeaderText();
-    const std::string_view data = LearnString() ? std::string_view(reinterpret_cast<const char*>(LearnString()->data()),
-                                                                   LearnString()->size())
-                                                : std::string_view();
+    const std::string_view data =
+        LearnString() ? std::string_view(reinterpret_cast<const char*>(LearnString()->data()), LearnString()->size())
+                      : std::string_view();
     ReplaceFileAtomically(fileName, {header, data});
   } catch (const std::exception& failure) {
     CDebug::Instance().Assert(false, failure.what(), CLASS_NAME, "WriteFile", "ErrorHandler");

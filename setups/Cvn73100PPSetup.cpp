@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <utility>
 
-#include "dialogs/AutoCenter.h"
 #include "connection/CCvn73100EZ.h"
 #include "connection/IPPCvn73100Scope.h"
 #include "diagnostics/CDebug.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/Messages.h"
 #include "setups/SetupText.h"
 #include "setups/SetupsCvn73100Scope.h"

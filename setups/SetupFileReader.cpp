@@ -1,6 +1,5 @@
 #include "setups/SetupFileReader.h"
 
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -135,7 +134,8 @@ std::int32_t SetupFileReader::ConvertToLong(std::string_view text) {
 
 void SetupFileReader::RefuseLearnStringOf(std::size_t length) {
   throw ScopeError(ERR_SETUP_FILE, "Cvn73100CtrlLib",
-                   "The setup file holds " + std::to_string(length) + " bytes of setup data; an instrument's setup has at most " +
+                   "The setup file holds " + std::to_string(length) +
+                       " bytes of setup data; an instrument's setup has at most " +
                        std::to_string(MAX_LEARN_STRING_BYTES) + ".");
 }
 

@@ -49,7 +49,8 @@ std::string EncodeBmp(const Raster& raster, std::span<const Rgb> palette) {
   for (int y = raster.height - 1; y >= 0; --y) {
     const std::size_t rowStart = out.size();
     for (int x = 0; x < raster.width; ++x) {
-      const Rgb& c = palette[raster.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(raster.width) + static_cast<std::size_t>(x)]];
+      const Rgb& c = palette[raster.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(raster.width) +
+                                           static_cast<std::size_t>(x)]];
       out += static_cast<char>(c.b);
       out += static_cast<char>(c.g);
       out += static_cast<char>(c.r);

@@ -172,7 +172,8 @@ ProgramOptions ProgramOptions::Parse(const std::vector<std::string>& args) {
     } else if (name == "prologix-tcp") {
       options.prologixTcpPort = LoopbackPort(value, name);
     } else if (name == "vxi11") {
-      options.vxi11Port = value.find(':') == std::string::npos ? LoopbackPort(value + ":0", name) : LoopbackPort(value, name);
+      options.vxi11Port =
+          value.find(':') == std::string::npos ? LoopbackPort(value + ":0", name) : LoopbackPort(value, name);
     } else {
       throw std::invalid_argument("unknown option --" + name);
     }

@@ -2,9 +2,9 @@
 
 #include <thread>
 
-#include "simulator/SimulatedBus.h"
 #include "platform/Interrupt.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedBus.h"
 
 namespace cvn73100::sim {
 
@@ -19,8 +19,7 @@ void SimBusIO::DoWrite(const std::uint8_t* data, std::size_t size, bool end, con
   instrument->Write(data, size, end);
 }
 
-std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, const io::Deadline& deadline,
-                             bool& end) {
+std::size_t SimBusIO::DoRead(std::uint8_t* buffer, std::size_t max, ReadKind, const io::Deadline& deadline, bool& end) {
   end = false;
   const auto instrument = m_bus->Listener(m_address);
   if (!instrument) {

@@ -8,8 +8,7 @@
 namespace cvn73100::sim {
 namespace {
 
-std::shared_ptr<Instrument> MakeInstrument(int address, const char* model, const char* serial,
-                                                const char* firmware) {
+std::shared_ptr<Instrument> MakeInstrument(int address, const char* model, const char* serial, const char* firmware) {
   InstrumentConfig config{};
   config.identity.manufacturer = "Corvane Technologies";
   config.identity.model = model;

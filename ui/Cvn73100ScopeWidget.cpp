@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QPainter>
 #include <QResizeEvent>
-
 #include <limits>
 #include <string>
 #include <utility>
@@ -114,8 +113,8 @@ void Cvn73100ScopeWidget::Refresh() {
   const bool newAddress = std::exchange(m_addressText, address) != address;
   const bool newIdentity = std::exchange(m_identityText, identity) != identity;
   const bool newLanguage = std::exchange(m_language, language) != language;
-  const bool newFont = std::exchange(m_fontName, fontFamily) != fontFamily ||
-                       std::exchange(m_fontSize, fontSize()) != m_fontSize;
+  const bool newFont =
+      std::exchange(m_fontName, fontFamily) != fontFamily || std::exchange(m_fontSize, fontSize()) != m_fontSize;
   m_address->setToolTip(m_addressText);
   m_identity->setToolTip(m_identityText);
   LayOut();

@@ -8,8 +8,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "dialogs/AutoCenter.h"
 #include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
 #include "ui/DialogFont.h"
 #include "ui/PropertyPage.h"
 #include "ui/QtHost.h"

@@ -11,8 +11,8 @@
 #include <QWidget>
 #include <algorithm>
 
-#include "dialogs/AutoCenter.h"
 #include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
 #include "dialogs/FrmMessageOption.h"
 #include "ui/DialogFont.h"
 #include "ui/DialogPlacement.h"

@@ -20,8 +20,8 @@
 #include <cmath>
 #include <exception>
 
-#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
+#include "form/FormFile.h"
 #include "platform/PropertyBag.h"
 #include "platform/ScopeError.h"
 #include "ui/Cvn73100ScopeWidget.h"

@@ -13,9 +13,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "dialogs/AutoCenter.h"
-#include "control/Cvn73100Scope.h"
 #include "connection/CQueryInstrument.h"
+#include "control/Cvn73100Scope.h"
+#include "dialogs/AutoCenter.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "ioconfig/IOConfigurationConstants.h"
 #include "ioconfig/ModIsHandshakeOK.h"

@@ -33,7 +33,8 @@ bool ApplyCountryOption(ScopeMainWindow& window, const QString& value, const cha
     window.ScopeWidget().Refresh();
     return true;
   } catch (const ScopeError& error) {
-    std::fprintf(stderr, "%s: --country %s: %s\n", program, qPrintable(value), qPrintable(FromSystem(error.Description())));
+    std::fprintf(stderr, "%s: --country %s: %s\n", program, qPrintable(value),
+                 qPrintable(FromSystem(error.Description())));
     return false;
   }
 }

@@ -16,16 +16,16 @@
 #include <string>
 #include <vector>
 
-#include "control/Cvn73100Scope.h"
 #include "connection/CQueryInstrument.h"
+#include "control/Cvn73100Scope.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/SimulatedSerialPort.h"
 
 namespace {
@@ -108,7 +108,8 @@ void BM_DefaultSearch(benchmark::State& state) {
 void BM_ParallelSilentPorts(benchmark::State& state) {
   const auto ports = static_cast<int>(state.range(0));
   std::string map = "GPIB0 = none\n";
-  for (int port = 1; port <= 4; ++port) map += "COM" + std::to_string(port) + (port <= ports ? " = sim\n" : " = none\n");
+  for (int port = 1; port <= 4; ++port)
+    map += "COM" + std::to_string(port) + (port <= ports ? " = sim\n" : " = none\n");
   auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText(map, "bench"));
   sim::Faults silent;
   silent.silent = true;

@@ -12,11 +12,11 @@
 #include <memory>
 
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/TcpServer.h"
 
 namespace cvn73100::io {

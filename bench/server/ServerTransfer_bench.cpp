@@ -8,11 +8,11 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
 
 namespace cvn73100 {
 namespace {

@@ -187,9 +187,7 @@ void RaiseScopeError(const ScopeError& error) {
   RaiseAs(found == g_errorClasses.end() ? g_scopeError : found->second, error);
 }
 
-void RaiseScopeKeyError(const ScopeError& error, const std::string& key) {
-  RaiseAs(g_scopeKeyError, error, Text(key));
-}
+void RaiseScopeKeyError(const ScopeError& error, const std::string& key) { RaiseAs(g_scopeKeyError, error, Text(key)); }
 
 void RegisterErrorTranslator() {
   py::register_exception_translator([](const std::exception_ptr& pointer) {

@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "control/Cvn73100Scope.h"
 #include "connection/CQueryInstrument.h"
+#include "control/Cvn73100Scope.h"
 #include "platform/Enumerations.h"
 #include "platform/ScopeError.h"
 #include "platform/Variant.h"

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "form/FormFile.h"
 #include "connection/CCvn73100EZ.h"
 #include "diagnostics/CDebug.h"
+#include "form/FormFile.h"
 #include "platform/Event.h"
 #include "platform/PropertyBag.h"
 #include "python/src/Bindings.h"

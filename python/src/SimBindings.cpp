@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "iolib/BoardMap.h"
-#include "simulator/SimulatedBus.h"
 #include "python/src/Bindings.h"
 #include "python/src/Conversions.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/Waveform.h"
 
 // cvn73100.sim: simulated instruments a script starts on the process's simulated GPIB bus or on a

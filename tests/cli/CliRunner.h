@@ -81,7 +81,9 @@ class CliTest : public ::testing::Test {
     for (char** e = environ; *e; ++e) {
       const std::string entry = *e;
       const std::string key = entry.substr(0, entry.find('='));
-      if (key.rfind("CVN73100_", 0) == 0 || key == "XDG_CONFIG_HOME" || key == "XDG_RUNTIME_DIR" || key == "TMPDIR" || key == "HOME") continue;
+      if (key.rfind("CVN73100_", 0) == 0 || key == "XDG_CONFIG_HOME" || key == "XDG_RUNTIME_DIR" || key == "TMPDIR" ||
+          key == "HOME")
+        continue;
       envStrings.push_back(entry);
     }
     envStrings.push_back("XDG_CONFIG_HOME=" + (dir / "config").string());
@@ -123,7 +125,8 @@ class CliTest : public ::testing::Test {
       ::kill(pid, SIGINT);
     }
     ::waitpid(pid, &status, 0);
-    const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - interrupted);
+    const auto since =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - interrupted);
     std::fclose(in);
     if (!input.empty()) input.clear();
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAndClose(out), ReadAndClose(err), since};
@@ -140,7 +143,7 @@ class CliTest : public ::testing::Test {
 
   std::filesystem::path dir;
   std::map<std::string, std::string> env;
-  std::string input;  // standard input of the next Run
+  std::string input;                                        // standard input of the next Run
   std::optional<std::chrono::milliseconds> interruptAfter;  // Ctrl-C this long into the next Run
 };
 

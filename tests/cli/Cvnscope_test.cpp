@@ -9,8 +9,8 @@
 #include "cli/CliMessages.h"
 #include "cli/ConsoleHost.h"
 #include "cli/TextWidth.h"
-#include "dialogs/Messages.h"
 #include "connection/CQueryInstrument.h"
+#include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
@@ -89,15 +89,15 @@ TEST_P(Failures, ExitNonZeroWithTheErrorOnStderr) {
 INSTANTIATE_TEST_SUITE_P(
     Cli, Failures,
     ::testing::Values(
-        FailureCase{{"test", "GPIB9::1::INSTR"}, 1, "Error -2147221124: QD 73100 Scope Control: Invalid property value."},
+        FailureCase{
+            {"test", "GPIB9::1::INSTR"}, 1, "Error -2147221124: QD 73100 Scope Control: Invalid property value."},
         FailureCase{{"config", "set", "--tx-delay", "-1"}, 1, "Invalid property value. (--tx-delay -1: allowed 0 ms"},
         FailureCase{{"config", "serial", "COM2", "--baud", "4800"}, 1, "(COM2 --baud 4800: allowed baud 1200, 2400"},
         FailureCase{{"use", "1"}, 1, "run `cvnscope search` first"},
         FailureCase{{"setup", "send", "Nope"}, 1, "no setup named \"Nope\""},
         FailureCase{{"setup", "get", "a|b"}, 1, "Names may not contain spaces"},
         FailureCase{{"setup", "show", "missing.scp"}, 1, "File not found"},
-        FailureCase{{"waveform", "--points", "7"}, 2, "--points"},
-        FailureCase{{"frobnicate"}, 2, ""},
+        FailureCase{{"waveform", "--points", "7"}, 2, "--points"}, FailureCase{{"frobnicate"}, 2, ""},
         FailureCase{{"message", "99999"}, 1, "Message 99999 is not in the catalogue."}));
 
 // Files: "-" is standard input or output, a missing folder is an error unless --parents, and the image format
@@ -158,14 +158,16 @@ TEST_F(CliTest, VersionJsonUsageErrorsAndCompletions) {
   std::ofstream(script) << Run({"completion", "bash"}).out;
   const std::string complete = "bash -c 'source " + script.string() +
                                "; COMP_WORDS=(cvnscope --json setup s); COMP_CWORD=3; _cvnscope; "
-                               "echo \"${COMPREPLY[*]}\"' > " + (dir / "reply").string();
+                               "echo \"${COMPREPLY[*]}\"' > " +
+                               (dir / "reply").string();
   ASSERT_EQ(std::system(complete.c_str()), 0);
   EXPECT_EQ(ReadFile(dir / "reply"), "send save show\n");
 
   env["CVN73100_COM2"] = (dir / "no-such-tty").string();
   const RunResult doctor = Run({"doctor"});
   EXPECT_EQ(doctor.status, 1);
-  EXPECT_TRUE(Contains(doctor.out, "PROBLEM  COM2: " + (dir / "no-such-tty").string() + ": No such file")) << doctor.out;
+  EXPECT_TRUE(Contains(doctor.out, "PROBLEM  COM2: " + (dir / "no-such-tty").string() + ": No such file"))
+      << doctor.out;
   EXPECT_TRUE(Contains(doctor.out, "fix: connect the adapter")) << doctor.out;
 }
 
@@ -175,8 +177,9 @@ TEST_F(CliTest, ErrorsAsJsonCarryNumberSourceAndDescription) {
   const json error = json::parse(r.out)["error"];
   EXPECT_EQ(error["number"], -2147221124);
   EXPECT_EQ(error["source"], "QD 73100 Scope Control");
-  EXPECT_EQ(error["description"], "Invalid property value. (ADDRESS GPIB9::1::INSTR: allowed GPIB0..3::0..30::INSTR or "
-                                  "COM1..4[::Baud=…,Handshake=…])");
+  EXPECT_EQ(error["description"],
+            "Invalid property value. (ADDRESS GPIB9::1::INSTR: allowed GPIB0..3::0..30::INSTR or "
+            "COM1..4[::Baud=…,Handshake=…])");
 }
 
 // --- the form across processes ---
@@ -295,8 +298,10 @@ TEST_F(CliTest, FormLanguageSpeaksAndCountryOverridesForOneRun) {
   const std::string verdict = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_PROBLEM) + "  COM2: ";
   const std::string fix = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_FIX);
   EXPECT_TRUE(Contains(doctor, verdict + "/dev/cvn-none")) << doctor;
-  EXPECT_TRUE(Contains(doctor, "\n" + std::string(DisplayWidth(verdict) - 6, ' ') + fix.substr(0, fix.find("{1}")))) << doctor;
-  EXPECT_TRUE(Contains(Run({"config", "show"}).out, "49 (" + Messages::LoadIn(Messages::GERMAN, CliMsg::LANGUAGE_GERMAN) + ")"));
+  EXPECT_TRUE(Contains(doctor, "\n" + std::string(DisplayWidth(verdict) - 6, ' ') + fix.substr(0, fix.find("{1}"))))
+      << doctor;
+  EXPECT_TRUE(Contains(Run({"config", "show"}).out,
+                       "49 (" + Messages::LoadIn(Messages::GERMAN, CliMsg::LANGUAGE_GERMAN) + ")"));
 }
 
 // --- config: each change reaches the form and shows in the next process ---
@@ -319,19 +324,24 @@ TEST_P(ConfigCommands, ChangeIsKeptInTheForm) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cli, ConfigCommands,
-    ::testing::Values(
-        ConfigCase{{"config", "serial", "COM2", "--baud", "19200", "--handshake", "dtr-dsr", "--exclude"},
-                   "/serial/1",
-                   {{"port", "COM2"}, {"baud", 19200}, {"parity", 1}, {"handshake", "DTR_DSR"}, {"installed", false},
-                    {"included", false}}},
-        ConfigCase{{"config", "gpib", "GPIB1", "--addresses", "0-5,9,12-30", "--exclude"},
-                   "/gpib/1",
-                   {{"port", "GPIB1"}, {"installed", false}, {"included", false}, {"addresses", "0-5,9,12-30"}}},
-        ConfigCase{{"config", "set", "--dtr-only", "on"}, "/serial/3/handshake", "DTR_DSR"},
-        ConfigCase{{"config", "set", "--address", "com2::baud=2400"}, "/automationServerAddress",
-                   "COM2::Baud=2400,Handshake=XON_XOFF"},
-        ConfigCase{{"config", "set", "--check-id-on-init", "yes"}, "/checkIDOnInitialize", true},
-        ConfigCase{{"log", "--mode", "6"}, "/supportMessages/event", true}));
+    ::testing::Values(ConfigCase{{"config", "serial", "COM2", "--baud", "19200", "--handshake", "dtr-dsr", "--exclude"},
+                                 "/serial/1",
+                                 {{"port", "COM2"},
+                                  {"baud", 19200},
+                                  {"parity", 1},
+                                  {"handshake", "DTR_DSR"},
+                                  {"installed", false},
+                                  {"included", false}}},
+                      ConfigCase{
+                          {"config", "gpib", "GPIB1", "--addresses", "0-5,9,12-30", "--exclude"},
+                          "/gpib/1",
+                          {{"port", "GPIB1"}, {"installed", false}, {"included", false}, {"addresses", "0-5,9,12-30"}}},
+                      ConfigCase{{"config", "set", "--dtr-only", "on"}, "/serial/3/handshake", "DTR_DSR"},
+                      ConfigCase{{"config", "set", "--address", "com2::baud=2400"},
+                                 "/automationServerAddress",
+                                 "COM2::Baud=2400,Handshake=XON_XOFF"},
+                      ConfigCase{{"config", "set", "--check-id-on-init", "yes"}, "/checkIDOnInitialize", true},
+                      ConfigCase{{"log", "--mode", "6"}, "/supportMessages/event", true}));
 
 TEST_F(CliTest, SearchVisitsOnlyTheIncludedAddresses) {
   ASSERT_EQ(Run({"config", "gpib", "0", "--addresses", "3,7"}).status, 0);
@@ -351,7 +361,9 @@ TEST_F(CliTest, SupportMessagesAsEventsArePrintedAndTheLogIsKeptForTheNextComman
   ASSERT_EQ(Run({"log", "--mode", "2"}).status, 0);
   Run({"test", "GPIB9::1::INSTR"});
   r = Run({"log", "--show"});
-  EXPECT_TRUE(Contains(r.out, "Log file: " + (dir / ("cvn73100-" + std::to_string(::geteuid())) / "CvnScope.DBG").string())) << r.out;
+  EXPECT_TRUE(
+      Contains(r.out, "Log file: " + (dir / ("cvn73100-" + std::to_string(::geteuid())) / "CvnScope.DBG").string()))
+      << r.out;
   EXPECT_TRUE(Contains(r.out, "Function: Let ActiveIOPort")) << r.out;
 }
 
@@ -491,7 +503,9 @@ TEST_F(SerialCli, TestUseAndIdnOverThePseudoTerminal) {
 }
 
 // An instrument whose identity is not text: raw into a pipe, valid JSON with U+FFFD, escaped in the table.
-const std::string HOSTILE_MANUFACTURER = "Bad\xFF\x1B[2J\xC2\x9B" "Co";
+const std::string HOSTILE_MANUFACTURER =
+    "Bad\xFF\x1B[2J\xC2\x9B"
+    "Co";
 
 class HostileReplies : public SerialCli {
  protected:

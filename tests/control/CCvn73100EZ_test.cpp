@@ -9,8 +9,8 @@
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "server/ServerError.h"
-#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100 {

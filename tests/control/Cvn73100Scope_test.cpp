@@ -17,8 +17,8 @@
 #include "platform/Os.h"
 #include "server/Cvn73100Server.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100 {

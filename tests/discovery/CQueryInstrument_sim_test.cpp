@@ -3,15 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "dialogs/Messages.h"
 #include "connection/CQueryInstrument.h"
+#include "dialogs/Messages.h"
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
 #include "tests/support/Process.h"
 #include "tests/support/ScriptedHost.h"
 

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <chrono>
-
 #include <functional>
 #include <set>
 
@@ -17,11 +16,11 @@
 #include "ioconfig/CIOconfiguration.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "platform/Interrupt.h"
 #include "server/Cvn73100Server.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/SimulatedSerialPort.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TempDir.h"

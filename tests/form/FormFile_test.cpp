@@ -1,10 +1,11 @@
+#include "form/FormFile.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <thread>
 
-#include "form/FormFile.h"
 #include "iolib/BoardMap.h"
 #include "tests/support/TempDir.h"
 
@@ -55,7 +56,11 @@ TEST(FormFile, AFifoWhereAFileBelongsIsRefusedAtOnce) {
   const test::TempDir dir;
   const std::string fifo = dir.Path("fifo");
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-  EXPECT_EQ(test::ErrorOf([&] { MemoryPropertyBag bag; FormFile(fifo).Load(bag); }).Number(), 75);
+  EXPECT_EQ(test::ErrorOf([&] {
+              MemoryPropertyBag bag;
+              FormFile(fifo).Load(bag);
+            }).Number(),
+            75);
   const test::ScopedEnv conf("CVN73100_IO_CONF", fifo);
   const auto problems = io::BoardMap::Load().Problems();
   EXPECT_TRUE(!problems.empty() && problems[0].find("FIFO") != std::string::npos);

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
 #include "diagnostics/CDebug.h"
+#include "form/FormFile.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
 #include "platform/Components.h"
@@ -291,12 +291,12 @@ TEST_P(FailedSave, WhatStandsAtTheTargetIsRespected) {
 
 INSTANTIATE_TEST_SUITE_P(
     Hardening, FailedSave,
-    ::testing::Values(
-        SaveCase{"SetupFileWrite", "scope.scp", [](const fs::path&) { return std::make_unique<SetupFileSaver>(); }},
-        SaveCase{"SetupSaveToFile", "setup.scp",
-                 [](const fs::path& scratch) { return std::make_unique<SetupSaver>(scratch); }},
-        SaveCase{"FormFileSave", "form.json",
-                 [](const fs::path& scratch) { return std::make_unique<FormSaver>(scratch); }}),
+    ::testing::Values(SaveCase{"SetupFileWrite", "scope.scp",
+                               [](const fs::path&) { return std::make_unique<SetupFileSaver>(); }},
+                      SaveCase{"SetupSaveToFile", "setup.scp",
+                               [](const fs::path& scratch) { return std::make_unique<SetupSaver>(scratch); }},
+                      SaveCase{"FormFileSave", "form.json",
+                               [](const fs::path& scratch) { return std::make_unique<FormSaver>(scratch); }}),
     [](const ::testing::TestParamInfo<SaveCase>& param) { return std::string(param.param.name); });
 
 // --- The support-message log. ---
@@ -395,7 +395,8 @@ INSTANTIATE_TEST_SUITE_P(
                   fs::create_directory_symlink(dir / "elsewhere", OwnFolder(dir / "tmp"));
                   return std::optional(dir / "tmp");
                 }},
-        LogCase{"LinkToAFile", [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "victim")); }},
+        LogCase{"LinkToAFile",
+                [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "victim")); }},
         LogCase{"LinkToNothing",
                 [](const fs::path& dir) { return std::optional(WithLinkAtTheLog(dir, dir / "elsewhere")); }}),
     [](const ::testing::TestParamInfo<LogCase>& param) { return std::string(param.param.name); });

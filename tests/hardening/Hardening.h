@@ -28,7 +28,9 @@ using test::WriteAll;
 inline double ProcessCpuMs() {
   rusage usage{};
   ::getrusage(RUSAGE_SELF, &usage);
-  auto ms = [](const timeval& t) { return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_usec) * 1e-3; };
+  auto ms = [](const timeval& t) {
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_usec) * 1e-3;
+  };
   return ms(usage.ru_utime) + ms(usage.ru_stime);
 }
 

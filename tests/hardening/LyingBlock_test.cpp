@@ -131,12 +131,12 @@ TEST_P(LyingBlockHeader, SpecificErrorAtOnceWithoutHoldingTheClaimedMemory) {
 
 INSTANTIATE_TEST_SUITE_P(
     Hardening, LyingBlockHeader,
-    ::testing::Values(
-        LieCase{"TenDigitLength", "#9999999999", false, server::SERVERERR_BLOCK_TOO_LARGE},
-        LieCase{"TenDigitLengthThenEnd", "#9999999999\n", true, server::SERVERERR_BLOCK_TOO_LARGE},
-        LieCase{"TenBytesClaimedFourSentThenEnd", "#210ABCD", true, server::SERVERERR_BLOCK_SHORT},
-        LieCase{"AlmostTheCapClaimedFourSentThenEnd", "#71000000ABCD", true, server::SERVERERR_BLOCK_SHORT},
-        LieCase{"IndefiniteLength", "#0ABCD\n", true, server::SERVERERR_BLOCK_INDEFINITE}),
+    ::testing::Values(LieCase{"TenDigitLength", "#9999999999", false, server::SERVERERR_BLOCK_TOO_LARGE},
+                      LieCase{"TenDigitLengthThenEnd", "#9999999999\n", true, server::SERVERERR_BLOCK_TOO_LARGE},
+                      LieCase{"TenBytesClaimedFourSentThenEnd", "#210ABCD", true, server::SERVERERR_BLOCK_SHORT},
+                      LieCase{"AlmostTheCapClaimedFourSentThenEnd", "#71000000ABCD", true,
+                              server::SERVERERR_BLOCK_SHORT},
+                      LieCase{"IndefiniteLength", "#0ABCD\n", true, server::SERVERERR_BLOCK_INDEFINITE}),
     [](const ::testing::TestParamInfo<LieCase>& param) { return std::string(param.param.name); });
 
 }  // namespace

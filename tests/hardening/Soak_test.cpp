@@ -12,11 +12,11 @@
 #include "diagnostics/CDebug.h"
 #include "iolib/BoardMap.h"
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "server/Cvn73100Server.h"
 #include "setups/SetupsCvn73100Scope.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedBus.h"
 #include "tests/hardening/Hardening.h"
 
 namespace cvn73100::hardening {
@@ -138,11 +138,13 @@ TEST_F(Soak, MemoryAndDescriptorsStayFlat) {
   EXPECT_EQ(wrongReplies, 0);
   EXPECT_EQ(failedRoundTrips, 0);
   if (!kAddressSanitizer) {
-    EXPECT_LE(residentAtEnd, residentAtStart + kMiB) << "grew by " << (residentAtEnd - residentAtStart) / 1024 << " KiB";
+    EXPECT_LE(residentAtEnd, residentAtStart + kMiB)
+        << "grew by " << (residentAtEnd - residentAtStart) / 1024 << " KiB";
   }
   EXPECT_EQ(descriptorsAtEnd, descriptorsAtStart);
-  RecordProperty("resident_growth_kib", static_cast<int>((static_cast<long long>(residentAtEnd) -
-                                                          static_cast<long long>(residentAtStart)) / 1024));
+  RecordProperty(
+      "resident_growth_kib",
+      static_cast<int>((static_cast<long long>(residentAtEnd) - static_cast<long long>(residentAtStart)) / 1024));
 }
 
 }  // namespace

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "connection/CQueryInstrument.h"
 #include "dialogs/FrmMessageOption.h"
 #include "dialogs/Messages.h"
-#include "connection/CQueryInstrument.h"
 #include "platform/Components.h"
 #include "platform/ScopeError.h"
 #include "tests/support/ScriptedHost.h"

@@ -49,8 +49,9 @@ TEST(BoardMapTest, GpibValues) {
     std::string error;
     EXPECT_EQ(Shown(BoardMap::ParseGpibValue(value, 2, error)), shown) << value << ": " << error;
   }
-  for (const char* value : {"linux-gpib:16", "linux-gpib:-1", "prologix-serial:ttyUSB1", "prologix-tcp:host:0",
-                            "prologix-tcp:host:70000", "prologix-tcp:[::1", "gpib-usb:0", "vxi11:gw/", "vxi11:gw/gpib0,5", ""}) {
+  for (const char* value :
+       {"linux-gpib:16", "linux-gpib:-1", "prologix-serial:ttyUSB1", "prologix-tcp:host:0", "prologix-tcp:host:70000",
+        "prologix-tcp:[::1", "gpib-usb:0", "vxi11:gw/", "vxi11:gw/gpib0,5", ""}) {
     std::string error;
     EXPECT_EQ(Shown(BoardMap::ParseGpibValue(value, 0, error)), "refused") << value;
     EXPECT_FALSE(error.empty()) << value;

@@ -4,11 +4,11 @@
 
 #include "iolib/IOLibrary.h"
 #include "iolib/ResourceAddress.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/Components.h"
 #include "simulator/Instrument.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
 #include "tests/iolib/IoTestSupport.h"
 
 namespace cvn73100::io {

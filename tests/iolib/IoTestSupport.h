@@ -7,13 +7,13 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "platform/InstrumentIO.h"
 #include "simulator/Instrument.h"
-#include "simulator/SimulatedSerialPort.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PrologixAdapter.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedBus.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "simulator/TcpServer.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"

@@ -5,9 +5,9 @@
 
 #include "iolib/IOManager.h"
 #include "simulator/Instrument.h"
-#include "simulator/SimulatedSerialPort.h"
 #include "simulator/InstrumentPort.h"
 #include "simulator/PtyServer.h"
+#include "simulator/SimulatedSerialPort.h"
 #include "tests/iolib/IoTestSupport.h"
 
 namespace cvn73100::io {

@@ -61,11 +61,12 @@ const EnumeratedSetting kSettings[] = {
 // Prologix adapter on a pseudo-terminal.
 class Lines : public ::testing::TestWithParam<const char*> {
  protected:
-  Lines() : port(*sim.serialScope, sim::InstrumentPort::Line::Serial), pty(port), usb(sim::PrologixAdapter::Model::Usb) {
+  Lines()
+      : port(*sim.serialScope, sim::InstrumentPort::Line::Serial), pty(port), usb(sim::PrologixAdapter::Model::Usb) {
     usb.Attach(7, *sim.scope);
     prologix = std::make_unique<sim::PtyServer>(usb);
-    io::BoardMap map = io::BoardMap::FromText("COM1 = " + pty.DevicePath() + "\nGPIB0 = sim\nGPIB2 = prologix-serial:" +
-                                              prologix->DevicePath() + "\n");
+    io::BoardMap map = io::BoardMap::FromText(
+        "COM1 = " + pty.DevicePath() + "\nGPIB0 = sim\nGPIB2 = prologix-serial:" + prologix->DevicePath() + "\n");
     auto manager = std::make_shared<io::IOManager>(map);
     manager->SetSimulatedBus(0, sim.bus);
     server = std::make_unique<Cvn73100Server>(manager);
@@ -90,7 +91,8 @@ TEST_P(Lines, EveryEnumeratedValueIsSetAndReadBack) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Server, Lines, ::testing::Values("GPIB0::7::INSTR", "COM1::Handshake=DTR_DSR", "GPIB2::7::INSTR"));
+INSTANTIATE_TEST_SUITE_P(Server, Lines,
+                         ::testing::Values("GPIB0::7::INSTR", "COM1::Handshake=DTR_DSR", "GPIB2::7::INSTR"));
 
 // With XON/XOFF flow control the line itself takes the bytes 0x11 and 0x13: waveforms come as text, and the
 // binary transfers are refused before a byte is sent, naming the remedy.
@@ -101,9 +103,10 @@ TEST(XonXoffLine, BinaryTransfersAreRefusedAndWaveformsComeAsText) {
   auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText("COM1 = " + pty.DevicePath() + "\n"));
   Cvn73100Server server(manager);
   server.OpenConnection("COM1::Handshake=XON_XOFF");
-  const std::function<void()> binary[] = {[&] { server.GetScreenImage(); },
-                                          [&] { server.Utilities().ReadStateData(); },
-                                          [&] { server.Utilities().WriteStateData(Bytes{0x11, 0x13}); }};
+  const std::function<void()> binary[] = {[&] { server.GetScreenImage(); }, [&] { server.Utilities().ReadStateData(); },
+                                          [&] {
+                                            server.Utilities().WriteStateData(Bytes{0x11, 0x13});
+                                          }};
   for (const auto& transfer : binary) {
     try {
       transfer();
@@ -132,10 +135,15 @@ TEST(InstrumentErrors, TheErrorNamesNumberTextAndCommand) {
     const char* description;
   } cases[] = {
       {[&] { channel.Set(":ACQuire:TYPE 3"); }, "-104,\"Data type error\" after :ACQuire:TYPE 3"},
-      {[&] { channel.Set(":TRIGger:SLOPe SIDEways"); }, "-224,\"Illegal parameter value\" after :TRIGger:SLOPe SIDEways"},
+      {[&] { channel.Set(":TRIGger:SLOPe SIDEways"); },
+       "-224,\"Illegal parameter value\" after :TRIGger:SLOPe SIDEways"},
       {[&] { channel.Query(":TRIGger:SLOPe? 2"); }, "-108,\"Parameter not allowed\" after :TRIGger:SLOPe? 2"},
-      {[&] { channel.QueryBlock(":DISPlay:DATA? GIF", 1 << 20); }, "-224,\"Illegal parameter value\" after :DISPlay:DATA? GIF"},
-      {[&] { channel.Set(":CHANnel2:DISPlay 0;:WAVeform:SOURce CHAN2"); channel.Query(":WAVeform:PREamble?"); },
+      {[&] { channel.QueryBlock(":DISPlay:DATA? GIF", 1 << 20); },
+       "-224,\"Illegal parameter value\" after :DISPlay:DATA? GIF"},
+      {[&] {
+         channel.Set(":CHANnel2:DISPlay 0;:WAVeform:SOURce CHAN2");
+         channel.Query(":WAVeform:PREamble?");
+       },
        "-221,\"Settings conflict\" after :WAVeform:PREamble?"},
   };
   for (const auto& c : cases) {

@@ -19,8 +19,8 @@
 #include "setups/CSetupFile.h"
 #include "setups/Cvn73100PPSetup.h"
 #include "setups/SetupsCvn73100Scope.h"
-#include "tests/support/SimulatedScope.h"
 #include "tests/support/ScriptedHost.h"
+#include "tests/support/SimulatedScope.h"
 #include "tests/support/TempDir.h"
 
 namespace cvn73100 {

@@ -1,12 +1,11 @@
 // An instrument on its raw SCPI socket and on a pseudo-terminal, reached the way hosts reach them.
-#include "simulator/PtyServer.h"
-#include "simulator/TcpServer.h"
-
 #include <gtest/gtest.h>
 
 #include "HostLine.h"
 #include "simulator/Block.h"
 #include "simulator/InstrumentPort.h"
+#include "simulator/PtyServer.h"
+#include "simulator/TcpServer.h"
 
 namespace cvn73100::sim {
 namespace {

@@ -48,7 +48,7 @@ class PrologixTcp : public ::testing::Test {
 // Addressing instruments 7 and 9 is left to the I/O library's tests, which reach this adapter through its client.
 TEST_F(PrologixTcp, AddressQueryAndNobodyAtAnAddress) {
   host_->Send("++addr\n++addr 5\n*IDN?\n++read eoi\n");  // nobody at 5: the read just times out
-  EXPECT_EQ(host_->ReadUntil("\x01", 300ms), "7\r\n");  // and nothing after it
+  EXPECT_EQ(host_->ReadUntil("\x01", 300ms), "7\r\n");   // and nothing after it
 }
 
 TEST_F(PrologixTcp, AutoReadAndEotCharacter) {

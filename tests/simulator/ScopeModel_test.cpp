@@ -41,7 +41,8 @@ TEST_P(SetQueryTable, CommandChangesWhatTheQueryReports) {
 INSTANTIATE_TEST_SUITE_P(
     Spellings, SetQueryTable,
     ::testing::Values(
-        SetQueryCase{":ACQ:TYPE hresolution", ":ACQuire:TYPE?", "HRES"}, SetQueryCase{":acquire:count 64", ":ACQ:COUN?", "64"},
+        SetQueryCase{":ACQ:TYPE hresolution", ":ACQuire:TYPE?", "HRES"},
+        SetQueryCase{":acquire:count 64", ":ACQ:COUN?", "64"},
         SetQueryCase{":CHAN2:DISP ON", ":CHANnel2:DISPlay?", "1"},
         SetQueryCase{":CHANNEL3:COUP AC", ":CHAN3:COUP?", "AC"}, SetQueryCase{":CHAN4:PROB 100", ":CHAN4:PROB?", "100"},
         SetQueryCase{":CHAN:PROB:MODE AUTO", ":CHAN1:PROB:MODE?", "AUTO"},
@@ -50,8 +51,9 @@ INSTANTIATE_TEST_SUITE_P(
         SetQueryCase{":TIM:RANG 20 us", ":TIMebase:RANGe?", "2E-05"},
         SetQueryCase{":TIM:DEL MAX", ":TIM:DEL?", "5E+02"}, SetQueryCase{":TIM:REF center", ":TIM:REF?", "CENT"},
         SetQueryCase{":TIM:MODE WINDOW", ":TIM:MODE?", "WIND"}, SetQueryCase{":TRIG:SWE NORMAL", ":TRIG:SWE?", "NORM"},
-        SetQueryCase{":TRIG:SOUR DIGITAL15", ":TRIG:SOUR?", "DIG15"}, SetQueryCase{":TRIG:SOUR ext", ":TRIG:SOUR?", "EXT"},
-        SetQueryCase{":TRIG:SOUR CHAN", ":TRIG:SOUR?", "CHAN1"}, SetQueryCase{":TRIG:SLOP NEGative", ":TRIG:SLOP?", "NEG"},
+        SetQueryCase{":TRIG:SOUR DIGITAL15", ":TRIG:SOUR?", "DIG15"},
+        SetQueryCase{":TRIG:SOUR ext", ":TRIG:SOUR?", "EXT"}, SetQueryCase{":TRIG:SOUR CHAN", ":TRIG:SOUR?", "CHAN1"},
+        SetQueryCase{":TRIG:SLOP NEGative", ":TRIG:SLOP?", "NEG"},
         SetQueryCase{":TRIG:LEV 1.5", ":TRIG:LEV?", "1.5E+00"}, SetQueryCase{":TRIG:COUP AC", ":TRIG:COUP?", "AC"},
         SetQueryCase{":DIG0:DISP 1", ":DIGital0:DISPlay?", "1"}, SetQueryCase{":WAV:SOUR POD2", ":WAV:SOUR?", "POD2"},
         SetQueryCase{":WAV:SOUR CHAN3", ":WAV:SOUR?", "CHAN3"}, SetQueryCase{":WAV:POIN MAX", ":WAV:POIN?", "0"},
@@ -109,22 +111,21 @@ TEST_P(ErrorTable, BadCommandQueuesItsErrorAndChangesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     Commands, ErrorTable,
-    ::testing::Values(ErrorCase{":FOO", kUndefinedHeader}, ErrorCase{":CHAN5:RANG 1", kHeaderSuffixOutOfRange},
-                      ErrorCase{":CHAN0:RANG 1", kHeaderSuffixOutOfRange}, ErrorCase{":TIM2:RANG 1", kUndefinedHeader},
-                      ErrorCase{":CHAN1:RANG 1e6", kDataOutOfRange}, ErrorCase{":ACQ:TYPE 3", kDataTypeError}, ErrorCase{":ACQ:TYPE NORMA", kIllegalParameterValue},
-                      ErrorCase{":TRIG:SOUR 10", kDataTypeError}, ErrorCase{":TRIG:SOUR CHAN5", kIllegalParameterValue},
-                      ErrorCase{":ACQ:COUN 3", kIllegalParameterValue}, ErrorCase{":CHAN1:RANG", kMissingParameter},
-                      ErrorCase{":CHAN1:RANG 1,2", kParameterNotAllowed},
-                      ErrorCase{":CHAN1:RANG? 1", kParameterNotAllowed}, ErrorCase{":CHAN1:RANG 'x'", kDataTypeError},
-                      ErrorCase{":WAV:FORM FLOAT", kIllegalParameterValue}, ErrorCase{":RUN?", kUndefinedHeader},
-                      ErrorCase{":WAV:DATA", kUndefinedHeader}, ErrorCase{"*IDN", kUndefinedHeader},
-                      ErrorCase{"*IDN? 1", kParameterNotAllowed}, ErrorCase{"*FOO?", kUndefinedHeader},
-                      ErrorCase{"*ESE 256", kDataOutOfRange}, ErrorCase{"*ESE", kMissingParameter},
-                      ErrorCase{":SYST:SET 5", kDataTypeError}, ErrorCase{":SYST:SET #14abcd", kIllegalParameterValue},
-                      ErrorCase{":DISP:DATA? WMF", kIllegalParameterValue},
-                      ErrorCase{":DIG CHAN9", kIllegalParameterValue},
-                      ErrorCase{":MEAS:VPP? POD1", kIllegalParameterValue},
-                      ErrorCase{":CHAN1:RANG 1 V V", kInvalidSeparator}));
+    ::testing::Values(
+        ErrorCase{":FOO", kUndefinedHeader}, ErrorCase{":CHAN5:RANG 1", kHeaderSuffixOutOfRange},
+        ErrorCase{":CHAN0:RANG 1", kHeaderSuffixOutOfRange}, ErrorCase{":TIM2:RANG 1", kUndefinedHeader},
+        ErrorCase{":CHAN1:RANG 1e6", kDataOutOfRange}, ErrorCase{":ACQ:TYPE 3", kDataTypeError},
+        ErrorCase{":ACQ:TYPE NORMA", kIllegalParameterValue}, ErrorCase{":TRIG:SOUR 10", kDataTypeError},
+        ErrorCase{":TRIG:SOUR CHAN5", kIllegalParameterValue}, ErrorCase{":ACQ:COUN 3", kIllegalParameterValue},
+        ErrorCase{":CHAN1:RANG", kMissingParameter}, ErrorCase{":CHAN1:RANG 1,2", kParameterNotAllowed},
+        ErrorCase{":CHAN1:RANG? 1", kParameterNotAllowed}, ErrorCase{":CHAN1:RANG 'x'", kDataTypeError},
+        ErrorCase{":WAV:FORM FLOAT", kIllegalParameterValue}, ErrorCase{":RUN?", kUndefinedHeader},
+        ErrorCase{":WAV:DATA", kUndefinedHeader}, ErrorCase{"*IDN", kUndefinedHeader},
+        ErrorCase{"*IDN? 1", kParameterNotAllowed}, ErrorCase{"*FOO?", kUndefinedHeader},
+        ErrorCase{"*ESE 256", kDataOutOfRange}, ErrorCase{"*ESE", kMissingParameter},
+        ErrorCase{":SYST:SET 5", kDataTypeError}, ErrorCase{":SYST:SET #14abcd", kIllegalParameterValue},
+        ErrorCase{":DISP:DATA? WMF", kIllegalParameterValue}, ErrorCase{":DIG CHAN9", kIllegalParameterValue},
+        ErrorCase{":MEAS:VPP? POD1", kIllegalParameterValue}, ErrorCase{":CHAN1:RANG 1 V V", kInvalidSeparator}));
 
 TEST(ScopeModel, QueriesInOneMessageShareOneResponse) {
   Instrument scope;

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "iolib/IOManager.h"
-#include "simulator/SimulatedBus.h"
 #include "simulator/Instrument.h"
+#include "simulator/SimulatedBus.h"
 #include "simulator/SimulatedSerialPort.h"
 
 namespace cvn73100::test {

@@ -10,8 +10,8 @@
 #include <QLineSeries>
 #include <QTemporaryDir>
 
-#include "form/FormFile.h"
 #include "control/Cvn73100Scope.h"
+#include "form/FormFile.h"
 #include "setups/SetupsCvn73100Scope.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/ui/FrameTestSupport.h"
