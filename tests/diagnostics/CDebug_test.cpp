@@ -276,13 +276,12 @@ TEST_F(CDebugTest, SwitchesAreSavedUnderTheirKeysInOrderDefaultsNot) {
   CDebug restored;
   restored.ReadProperties(bag);
   EXPECT_EQ(restored.Mode(), CDebug::MODE_EVENT | CDebug::MODE_MESSAGE_BOX | CDebug::MODE_ASSERT);
-}
 
-TEST_F(CDebugTest, ReadingTheLogSwitchStartsAFreshLog) {
+  // Reading the log switch starts a fresh log.
   WriteAll(LogFile(), "previous run");
-  MemoryPropertyBag bag;
-  bag.Set("DebugEnableMessageLog", true);
-  m_debug.ReadProperties(bag);
+  MemoryPropertyBag logOn;
+  logOn.Set("DebugEnableMessageLog", true);
+  m_debug.ReadProperties(logOn);
   EXPECT_EQ(m_debug.Mode(), CDebug::MODE_LOG);
   EXPECT_EQ(Log(), "");
 
