@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "form/FormFile.h"
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
@@ -45,7 +46,7 @@ void NamingTheProperty(const std::string& option, const std::string& value, cons
   } catch (const ScopeError& error) {
     if (error.Description().find(option) != std::string::npos) throw;
     throw ScopeError(error.Number(), error.Source(),
-                     error.Description() + " (" + option + " " + value + ": allowed " + allowed + ")");
+                     CliText(CliMsg::PROPERTY_ALLOWED, {error.Description(), option, value, allowed}));
   }
 }
 
@@ -54,18 +55,19 @@ int ReportError(CliContext& context, const ScopeError& error) {
     context.out << "{\"error\": {\"number\": " << error.Number() << ", \"source\": " << JsonString(error.Source())
                 << ", \"description\": " << JsonString(error.Description()) << "}}\n";
   } else {
-    context.err << "Error " << error.Number() << ": " << ConsoleHost::ToTerminal(error.Source()) << ": "
-                << ConsoleHost::ToTerminal(error.Description()) << "\n";
+    context.err << CliText(CliMsg::ERROR_LINE, {std::to_string(error.Number()), ConsoleHost::ToTerminal(error.Source()),
+                                                ConsoleHost::ToTerminal(error.Description())})
+                << "\n";
   }
   return ExitStatus::ERROR;
 }
 
 void RegisterBasicCommands(CLI::App& app, CliContext& context) {
-  auto* address = app.add_subcommand("address", "Check an instrument address: print its canonical and automation-server forms");
+  auto* address = app.add_subcommand("address", CliText(CliMsg::ADDRESS_COMMAND));
   static std::string addressText;
   static bool dtrOnly = false;
-  address->add_option("ADDRESS", addressText, "e.g. GPIB0::7::INSTR, COM2::Baud=19200,Handshake=DTR_DSR")->required();
-  address->add_flag("--dtr-only", dtrOnly, "Serial ports may use only DTR/DSR handshaking");
+  address->add_option("ADDRESS", addressText, CliText(CliMsg::ADDRESS_ARGUMENT))->required();
+  address->add_flag("--dtr-only", dtrOnly, CliText(CliMsg::DTR_ONLY_FLAG));
   address->callback([&context] {
     CIOconfiguration configuration;
     configuration.SetDTROnly(dtrOnly);
@@ -80,9 +82,9 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
     }
   });
 
-  auto* message = app.add_subcommand("message", "Print a text of the message catalogue (in the language of --country)");
+  auto* message = app.add_subcommand("message", CliText(CliMsg::MESSAGE_COMMAND));
   static int number = 0;
-  message->add_option("NUMBER", number, "Message number, e.g. 106")->required();
+  message->add_option("NUMBER", number, CliText(CliMsg::MESSAGE_NUMBER_ARGUMENT))->required();
   message->callback([&context] {
     // Checked, not selected: printing a message must not install help files. Without --country the
     // form's language speaks.
@@ -95,8 +97,7 @@ void RegisterBasicCommands(CLI::App& app, CliContext& context) {
     const int base = LanguageSelection::Check(country).base;
     const std::string text = Messages::LoadIn(base, number);
     if (text.empty()) {
-      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
-                       "Message " + std::to_string(number) + " is not in the catalogue.");
+      throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, CliText(CliMsg::MESSAGE_UNKNOWN, {std::to_string(number)}));
     }
     if (context.json)
       context.out << "{\"number\": " << number << ", \"text\": " << JsonString(text) << "}\n";

@@ -14,6 +14,8 @@
 #include <sstream>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
+#include "cli/TextWidth.h"
 #include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
@@ -44,16 +46,17 @@ bool SwitchValue(const std::string& word) {
 
 std::string OnOff(bool value) { return value ? "on" : "off"; }
 
+// The name of the language a country code selects, in the language of this run.
 std::string LanguageName(std::int32_t code) {
   switch (code) {
-    case Cvn73100_Language_English: return "English";
-    case Cvn73100_Language_French: return "French";
-    case Cvn73100_Language_Spanish: return "Spanish";
-    case Cvn73100_Language_Italian: return "Italian";
-    case Cvn73100_Language_German: return "German";
-    case Cvn73100_Language_Japanese: return "Japanese";
-    case Cvn73100_Language_Korean: return "Korean";
-    case Cvn73100_Language_Traditional_Chinese: return "Traditional Chinese";
+    case Cvn73100_Language_English: return CliText(CliMsg::LANGUAGE_ENGLISH);
+    case Cvn73100_Language_French: return CliText(CliMsg::LANGUAGE_FRENCH);
+    case Cvn73100_Language_Spanish: return CliText(CliMsg::LANGUAGE_SPANISH);
+    case Cvn73100_Language_Italian: return CliText(CliMsg::LANGUAGE_ITALIAN);
+    case Cvn73100_Language_German: return CliText(CliMsg::LANGUAGE_GERMAN);
+    case Cvn73100_Language_Japanese: return CliText(CliMsg::LANGUAGE_JAPANESE);
+    case Cvn73100_Language_Korean: return CliText(CliMsg::LANGUAGE_KOREAN);
+    case Cvn73100_Language_Traditional_Chinese: return CliText(CliMsg::LANGUAGE_TRADITIONAL_CHINESE);
     default: return "?";
   }
 }
@@ -77,7 +80,7 @@ std::int32_t HandshakeValue(const std::string& text) {
   try {
     return std::stoi(text);
   } catch (const std::exception&) {
-    throw ScopeError(ERR_TYPE_MISMATCH, CLI_SOURCE, "Unknown handshake \"" + text + "\": use xon-xoff or dtr-dsr.");
+    throw ScopeError(ERR_TYPE_MISMATCH, CLI_SOURCE, CliText(CliMsg::UNKNOWN_HANDSHAKE, {text}));
   }
 }
 
@@ -85,8 +88,7 @@ std::int32_t HandshakeValue(const std::string& text) {
 std::vector<bool> AddressList(const std::string& text) {
   std::vector<bool> included(SEARCH_CRITERIA::LAST_GPIB_INCLUDE + 1, false);
   const auto fail = [&] {
-    return ScopeError(ERR_INVALID_PROPERTY_VALUE, CLI_SOURCE,
-                      "Not a list of GPIB addresses 0..30: \"" + text + "\" (e.g. 0-30, 3,7,12, all, none).");
+    return ScopeError(ERR_INVALID_PROPERTY_VALUE, CLI_SOURCE, CliText(CliMsg::NOT_ADDRESS_LIST, {text}));
   };
   if (text == "all") return std::vector<bool>(included.size(), true);
   if (text == "none") return included;
@@ -207,33 +209,42 @@ void ShowConfig(CliContext& context, ScopeSession& session) {
     return;
   }
   std::ostream& out = context.out;
-  out << "Form:                   " << session.FormPath() << "\n"
-      << "Address:                " << control.Address() << "\n"
-      << "Server address:         " << control.AutomationServerAddress() << "\n"
-      << "Instrument:             " << (control.AddressInstrumentID().empty() ? "-" : control.AddressInstrumentID())
-      << "\n"
-      << "Language:               " << control.CountryCode() << " (" << LanguageName(control.CountryCode()) << ")\n"
-      << "TX delay:               " << control.TXDelay() << " ms\n"
-      << "Reset on initialize:    " << OnOff(control.ResetOnInitialize()) << "\n"
-      << "Check ID on initialize: " << OnOff(control.CheckIDOnInitialize()) << "\n"
-      << "DTR only:               " << OnOff(control.DTROnly()) << "\n"
-      << "Initial search:         " << OnOff(control.InitialSearchMode()) << "\n"
-      << "Handshake warning:      " << OnOff(!control.DontShowIOHandshakeWarning())
-      << (control.LastIOHandshakeAddress().empty() ? "" : " (last settled: " + control.LastIOHandshakeAddress() + ")")
-      << "\n"
-      << "Support messages:       mode " << control.SupportMessageMode() << "\n"
-      << "Serial ports:\n";
+  const std::string lastSettled = control.LastIOHandshakeAddress();
+  PrintFields(out, {{CliText(CliMsg::FIELD_FORM), session.FormPath()},
+                    {CliText(CliMsg::FIELD_ADDRESS), control.Address()},
+                    {CliText(CliMsg::FIELD_SERVER_ADDRESS), control.AutomationServerAddress()},
+                    {CliText(CliMsg::FIELD_INSTRUMENT),
+                     control.AddressInstrumentID().empty() ? "-" : control.AddressInstrumentID()},
+                    {CliText(CliMsg::FIELD_LANGUAGE),
+                     std::to_string(control.CountryCode()) + " (" + LanguageName(control.CountryCode()) + ")"},
+                    {CliText(CliMsg::FIELD_TX_DELAY), std::to_string(control.TXDelay()) + " ms"},
+                    {CliText(CliMsg::FIELD_RESET_ON_INIT), OnOff(control.ResetOnInitialize())},
+                    {CliText(CliMsg::FIELD_CHECK_ID_ON_INIT), OnOff(control.CheckIDOnInitialize())},
+                    {CliText(CliMsg::FIELD_DTR_ONLY), OnOff(control.DTROnly())},
+                    {CliText(CliMsg::FIELD_INITIAL_SEARCH), OnOff(control.InitialSearchMode())},
+                    {CliText(CliMsg::FIELD_HANDSHAKE_WARNING),
+                     OnOff(!control.DontShowIOHandshakeWarning()) +
+                         (lastSettled.empty() ? "" : " (" + CliText(CliMsg::LAST_SETTLED, {lastSettled}) + ")")},
+                    {CliText(CliMsg::FIELD_SUPPORT_MESSAGES),
+                     CliText(CliMsg::MODE_N, {std::to_string(control.SupportMessageMode())})}});
+  out << CliText(CliMsg::SERIAL_PORTS) << "\n";
+  TextTable serial("  ", "   ");
   for (std::int32_t port = RS232_PORT::First; port <= RS232_PORT::Last; ++port) {
-    out << "  " << io.RS232PortString(port) << "   " << io.BaudRate(port) << " baud, parity " << io.Parity(port)
-        << ", " << HandshakeName(io.Handshake(port)) << (io.RS232PortInstalled(port) ? ", installed" : "")
-        << (io.RS232PortIncluded(port) ? ", searched" : ", excluded from searches") << "\n";
+    std::string state = CliText(CliMsg::BAUD_PARITY, {std::to_string(io.BaudRate(port)), std::to_string(io.Parity(port))}) +
+                        ", " + HandshakeName(io.Handshake(port));
+    if (io.RS232PortInstalled(port)) state += ", " + CliText(CliMsg::INSTALLED);
+    state += ", " + CliText(io.RS232PortIncluded(port) ? CliMsg::SEARCHED : CliMsg::EXCLUDED_FROM_SEARCHES);
+    serial.Add({io.RS232PortString(port), state});
   }
-  out << "GPIB interfaces:\n";
+  serial.Print(out);
+  out << CliText(CliMsg::GPIB_INTERFACES) << "\n";
+  TextTable gpib("  ");
   for (std::int32_t board = GPIB_PORT::First; board <= GPIB_PORT::Last; ++board) {
-    out << "  " << io.GPIBPortString(board) << "  " << (io.GPIBPortInstalled(board) ? "installed, " : "")
-        << (io.GPIBPortIncluded(board) ? "searched" : "excluded from searches") << ", addresses "
-        << AddressRanges(io, board) << "\n";
+    std::string state = io.GPIBPortInstalled(board) ? CliText(CliMsg::INSTALLED) + ", " : "";
+    state += CliText(io.GPIBPortIncluded(board) ? CliMsg::SEARCHED : CliMsg::EXCLUDED_FROM_SEARCHES);
+    gpib.Add({io.GPIBPortString(board), state + ", " + CliText(CliMsg::ADDRESSES_LIST, {AddressRanges(io, board)})});
   }
+  gpib.Print(out);
 }
 
 void Saved(CliContext& context, ScopeSession& session) {
@@ -241,11 +252,11 @@ void Saved(CliContext& context, ScopeSession& session) {
   if (context.json)
     context.out << json{{"form", session.FormPath()}, {"changed", written}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
   else
-    context.out << (written ? "Saved " : "Unchanged: ") << session.FormPath() << "\n";
+    context.out << CliText(written ? CliMsg::FORM_SAVED : CliMsg::FORM_UNCHANGED, {session.FormPath()}) << "\n";
 }
 
 void RegisterShow(CLI::App& config, CliContext& context) {
-  auto* show = config.add_subcommand("show", "Print the control's properties kept in the form");
+  auto* show = config.add_subcommand("show", CliText(CliMsg::CONFIG_SHOW_COMMAND));
   show->callback([&context] {
     ScopeSession session(context);
     ShowConfig(context, session);
@@ -264,38 +275,38 @@ void RegisterSet(CLI::App& config, CliContext& context) {
     std::string handshakeWarning;
   };
   auto o = std::make_shared<Options>();
-  auto* set = config.add_subcommand("set", "Change the control's properties; the form is saved when anything changed");
-  auto* address = set->add_option("--address", o->address, "Instrument address, e.g. GPIB0::7::INSTR or COM1::Baud=19200");
-  auto* txDelay = set->add_option("--tx-delay", o->txDelay, "Pause after each write and while the serial lines are down (ms)");
-  auto* reset = set->add_option("--reset-on-init", o->resetOnInitialize, "Reset the instrument on initialize (on/off)")
+  auto* set = config.add_subcommand("set", CliText(CliMsg::CONFIG_SET_COMMAND));
+  auto* address = set->add_option("--address", o->address, CliText(CliMsg::OPTION_ADDRESS));
+  auto* txDelay = set->add_option("--tx-delay", o->txDelay, CliText(CliMsg::OPTION_TX_DELAY));
+  auto* reset = set->add_option("--reset-on-init", o->resetOnInitialize, CliText(CliMsg::OPTION_RESET_ON_INIT))
                     ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   auto* checkID = set->add_option("--check-id-on-init", o->checkIDOnInitialize,
-                                  "Refuse an unsupported instrument on initialize (on/off)")
+                                  CliText(CliMsg::OPTION_CHECK_ID_ON_INIT))
                       ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   auto* language = set->add_option("--language", o->language,
-                                   "Language of the messages by country code: 1, 33, 34, 39, 49, 81, 82, 886");
-  auto* dtrOnly = set->add_option("--dtr-only", o->dtrOnly, "Serial ports use DTR/DSR handshaking only (on/off)")
+                                   CliText(CliMsg::OPTION_LANGUAGE));
+  auto* dtrOnly = set->add_option("--dtr-only", o->dtrOnly, CliText(CliMsg::OPTION_DTR_ONLY))
                       ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   auto* initialSearch = set->add_option("--initial-search", o->initialSearch,
-                                        "A first search offers its first row for `use` (on/off)")
+                                        CliText(CliMsg::OPTION_INITIAL_SEARCH))
                             ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   auto* warning = set->add_option("--handshake-warning", o->handshakeWarning,
-                                  "Show the RS-232 handshake warning (on/off)")
+                                  CliText(CliMsg::OPTION_HANDSHAKE_WARNING))
                       ->check(CLI::IsMember(SWITCH_WORDS, CLI::ignore_case));
   set->callback([&context, o, address, txDelay, reset, checkID, language, dtrOnly, initialSearch, warning] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     if (language->count()) {
-      NamingTheProperty("--language", std::to_string(o->language), "1, 33, 34, 39, 49, 81, 82 or 886",
+      NamingTheProperty("--language", std::to_string(o->language), CliText(CliMsg::ALLOWED_COUNTRY_CODES),
                         [&] { control.SetCountryCode(o->language); });
     }
     if (dtrOnly->count()) control.SetDTROnly(SwitchValue(o->dtrOnly));
     if (address->count()) {
-      NamingTheProperty("--address", o->address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+      NamingTheProperty("--address", o->address, CliText(CliMsg::ALLOWED_ADDRESS),
                         [&] { control.SetAddress(o->address); });
     }
     if (txDelay->count()) {
-      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), "0 ms or more", [&] { control.SetTXDelay(o->txDelay); });
+      NamingTheProperty("--tx-delay", std::to_string(o->txDelay), CliText(CliMsg::ALLOWED_TX_DELAY), [&] { control.SetTXDelay(o->txDelay); });
     }
     if (reset->count()) control.SetResetOnInitialize(SwitchValue(o->resetOnInitialize));
     if (checkID->count()) control.SetCheckIDOnInitialize(SwitchValue(o->checkIDOnInitialize));
@@ -314,7 +325,7 @@ void RegisterSerial(CLI::App& config, CliContext& context) {
     bool exclude = false;
   };
   auto o = std::make_shared<Options>();
-  auto* serial = config.add_subcommand("serial", "Change a COM port's line settings and whether searches visit it");
+  auto* serial = config.add_subcommand("serial", CliText(CliMsg::CONFIG_SERIAL_COMMAND));
   serial->add_option("PORT", o->port, "1..4 (COM1..COM4)")
       ->required()
       ->transform([](std::string text) {
@@ -322,10 +333,10 @@ void RegisterSerial(CLI::App& config, CliContext& context) {
         return text;
       })
       ->check(CLI::Range(RS232_PORT::First, RS232_PORT::Last));
-  auto* baud = serial->add_option("--baud", o->baud, "1200, 2400, 9600, 19200, 38400 or 57600");
-  auto* handshake = serial->add_option("--handshake", o->handshake, "xon-xoff or dtr-dsr");
-  auto* include = serial->add_flag("--include", o->include, "Searches visit the port");
-  auto* exclude = serial->add_flag("--exclude", o->exclude, "Searches skip the port");
+  auto* baud = serial->add_option("--baud", o->baud, CliText(CliMsg::OPTION_BAUD));
+  auto* handshake = serial->add_option("--handshake", o->handshake, CliText(CliMsg::OPTION_HANDSHAKE));
+  auto* include = serial->add_flag("--include", o->include, CliText(CliMsg::PORT_INCLUDE_FLAG));
+  auto* exclude = serial->add_flag("--exclude", o->exclude, CliText(CliMsg::PORT_EXCLUDE_FLAG));
   include->excludes(exclude);
   serial->callback([&context, o, baud, handshake] {
     ScopeSession session(context);
@@ -340,7 +351,7 @@ void RegisterSerial(CLI::App& config, CliContext& context) {
     // The configuration checks the settings of every port as it takes them.
     std::string given = baud->count() ? "--baud " + std::to_string(o->baud) : "";
     if (handshake->count()) given += (given.empty() ? "--handshake " : " --handshake ") + o->handshake;
-    NamingTheProperty("COM" + std::to_string(o->port), given, "baud 1200, 2400, 9600, 19200, 38400 or 57600",
+    NamingTheProperty("COM" + std::to_string(o->port), given, CliText(CliMsg::ALLOWED_BAUD),
                       [&] { control.SetSearchCriteria(criteria); });
     Saved(context, session);
   });
@@ -354,7 +365,7 @@ void RegisterGpib(CLI::App& config, CliContext& context) {
     bool exclude = false;
   };
   auto o = std::make_shared<Options>();
-  auto* gpib = config.add_subcommand("gpib", "Change whether searches visit a GPIB interface, and which addresses");
+  auto* gpib = config.add_subcommand("gpib", CliText(CliMsg::CONFIG_GPIB_COMMAND));
   gpib->add_option("BOARD", o->board, "0..3 (GPIB0..GPIB3)")
       ->required()
       ->transform([](std::string text) {
@@ -362,9 +373,9 @@ void RegisterGpib(CLI::App& config, CliContext& context) {
         return text;
       })
       ->check(CLI::Range(GPIB_PORT::First, GPIB_PORT::Last));
-  auto* addresses = gpib->add_option("--addresses", o->addresses, "The addresses searches visit: 0-30, 3,7,12, all, none");
-  auto* include = gpib->add_flag("--include", o->include, "Searches visit the interface");
-  auto* exclude = gpib->add_flag("--exclude", o->exclude, "Searches skip the interface");
+  auto* addresses = gpib->add_option("--addresses", o->addresses, CliText(CliMsg::OPTION_ADDRESSES));
+  auto* include = gpib->add_flag("--include", o->include, CliText(CliMsg::INTERFACE_INCLUDE_FLAG));
+  auto* exclude = gpib->add_flag("--exclude", o->exclude, CliText(CliMsg::INTERFACE_EXCLUDE_FLAG));
   include->excludes(exclude);
   gpib->callback([&context, o, addresses] {
     ScopeSession session(context);
@@ -390,14 +401,11 @@ void RegisterLog(CLI::App& app, CliContext& context) {
     std::size_t lines = 40;
   };
   auto o = std::make_shared<Options>();
-  auto* log = app.add_subcommand(
-      "log",
-      "Support messages: print the mode and where the log file is, or set the mode.\n"
-      "Mode bits: 1 message box (printed), 2 log file, 4 event (printed on stderr), 8 assert.\n"
-      "Every cvnscope command starts a fresh log; --show prints the previous command's");
-  auto* mode = log->add_option("--mode", o->mode, "New support-message mode, 0..15")->check(CLI::Range(0, 15));
-  log->add_flag("--show", o->show, "Print the end of the log the previous command left");
-  log->add_option("--lines", o->lines, "With --show: how many of its last lines (default 40)")->check(CLI::PositiveNumber);
+  auto* log = app.add_subcommand("log", CliText(CliMsg::LOG_COMMAND) + "\n" + CliText(CliMsg::LOG_MODE_BITS) + "\n" +
+                                            CliText(CliMsg::LOG_FRESH));
+  auto* mode = log->add_option("--mode", o->mode, CliText(CliMsg::OPTION_MODE))->check(CLI::Range(0, 15));
+  log->add_flag("--show", o->show, CliText(CliMsg::OPTION_SHOW_LOG));
+  log->add_option("--lines", o->lines, CliText(CliMsg::OPTION_LINES))->check(CLI::PositiveNumber);
   log->callback([&context, o, mode] {
     // Read before the control starts its own, fresh log over it.
     std::optional<std::string> previous;
@@ -414,22 +422,20 @@ void RegisterLog(CLI::App& app, CliContext& context) {
       context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
-    context.out << "Support-message mode: " << current << " (";
-    const char* names[] = {"message box", "log file", "event", "assert"};
-    bool any = false;
+    const int names[] = {CliMsg::MODE_MESSAGE_BOX, CliMsg::MODE_LOG_FILE, CliMsg::MODE_EVENT, CliMsg::MODE_ASSERT};
+    std::string bits;
     for (int bit = 0; bit < 4; ++bit) {
-      if ((current & (1 << bit)) == 0) continue;
-      context.out << (any ? ", " : "") << names[bit];
-      any = true;
+      if ((current & (1 << bit)) != 0) bits += (bits.empty() ? "" : ", ") + CliText(names[bit]);
     }
-    context.out << (any ? "" : "off") << ")\n"
-                << "Log file: " << LogPath() << ((current & CDebug::MODE_LOG) != 0 ? "" : " (not written in this mode)")
-                << "\n";
+    context.out << CliText(CliMsg::SUPPORT_MODE, {std::to_string(current), bits.empty() ? CliText(CliMsg::MODE_OFF) : bits})
+                << "\n"
+                << CliText(CliMsg::LOG_FILE_AT, {LogPath()})
+                << ((current & CDebug::MODE_LOG) != 0 ? "" : " " + CliText(CliMsg::NOT_WRITTEN_IN_MODE)) << "\n";
     if (o->show) {
       if (!previous)
-        context.out << "(no log file)\n";
+        context.out << CliText(CliMsg::NO_LOG_FILE) << "\n";
       else
-        context.out << "--- previous log ---\n" << ConsoleHost::ToTerminal(*previous);
+        context.out << CliText(CliMsg::PREVIOUS_LOG) << "\n" << ConsoleHost::ToTerminal(*previous);
     }
   });
 }
@@ -437,7 +443,7 @@ void RegisterLog(CLI::App& app, CliContext& context) {
 }  // namespace
 
 void RegisterConfigCommands(CLI::App& app, CliContext& context) {
-  auto* config = app.add_subcommand("config", "Show (default) or change the control's properties kept in the form");
+  auto* config = app.add_subcommand("config", CliText(CliMsg::CONFIG_COMMAND));
   config->require_subcommand(0, 1);
   RegisterShow(*config, context);
   RegisterSet(*config, context);

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <iostream>
 
+#include "cli/CliText.h"
+
 namespace cvn73100 {
 namespace {
 
@@ -83,7 +85,7 @@ std::ostream& ConsoleHost::Stream(bool error) const { return error || m_json ? m
 bool ConsoleHost::Ask(const std::string& question) {
   if (m_assumeYes) return true;
   if (!Interactive()) {
-    m_err << question << " [no terminal: answered Cancel; use --yes to answer OK]\n";
+    m_err << question << " " << CliText(CliMsg::NO_TERMINAL_CANCEL) << "\n";
     ++m_cancelled;
     return false;
   }
@@ -107,7 +109,7 @@ int ConsoleHost::MsgBox(WindowHandle, const std::string& prompt, int style, cons
     stream << ToTerminal(prompt) << "\n";
   }
   if (!question) return MsgBoxResult::OK;
-  return Ask("OK to continue?") ? MsgBoxResult::OK : MsgBoxResult::Cancel;
+  return Ask(CliText(CliMsg::ASK_OK_TO_CONTINUE)) ? MsgBoxResult::OK : MsgBoxResult::Cancel;
 }
 
 MessageOptionResult ConsoleHost::ShowMessageOption(const MessageOptionRequest& request) {
@@ -115,7 +117,7 @@ MessageOptionResult ConsoleHost::ShowMessageOption(const MessageOptionRequest& r
   m_boxes.push_back(Box{request.title, request.message, 0, false});
   std::ostream& stream = Stream(false);
   stream << "== " << ToTerminal(request.title) << " ==\n" << ToTerminal(request.message) << "\n";
-  result.button = request.continueCancel && !Ask("Continue?") ? MsgBoxResult::Cancel : MsgBoxResult::OK;
+  result.button = request.continueCancel && !Ask(CliText(CliMsg::ASK_CONTINUE)) ? MsgBoxResult::Cancel : MsgBoxResult::OK;
   result.optionChecked = request.optionChecked;
   if (Interactive()) result.optionChecked = Ask("(" + ToTerminal(request.option) + ")");
   return result;
@@ -136,7 +138,7 @@ std::optional<FileDialogResult> ConsoleHost::GetSaveFileName(const FileDialogReq
   if (m_fileAnswer.empty()) return std::nullopt;
   std::error_code ec;
   if ((request.flags & OVERWRITE_PROMPT) != 0 && std::filesystem::exists(m_fileAnswer, ec) &&
-      !Ask(m_fileAnswer + " already exists. Replace it?")) {
+      !Ask(CliText(CliMsg::ASK_REPLACE_FILE, {m_fileAnswer}))) {
     return std::nullopt;
   }
   return FileDialogResult{m_fileAnswer, request.filterIndex};

@@ -6,6 +6,8 @@
 #include <iomanip>
 #include <iostream>
 
+#include "cli/CliText.h"
+#include "cli/TextWidth.h"
 #include "control/Cvn73100Scope.h"
 #include "discovery/Cvn73100PPSrchIO.h"
 #include "discovery/FrmSearchResults.h"
@@ -21,17 +23,6 @@ bool AskAtTerminal(std::ostream& out, const std::string& question, bool current)
   std::string answer;
   if (!std::getline(std::cin, answer) || answer.empty()) return current;
   return answer[0] == 'y' || answer[0] == 'Y' || answer[0] == 'o' || answer[0] == 'O';
-}
-
-std::size_t Width(const std::string& text) {
-  // Columns on a terminal: count the first byte of each UTF-8 sequence.
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-std::string Pad(const std::string& text, std::size_t width) {
-  const std::size_t used = Width(text);
-  return used >= width ? text : text + std::string(width - used, ' ');
 }
 
 }  // namespace
@@ -120,28 +111,24 @@ std::vector<TableRow> TableRows(const std::vector<InstrumentRow>& rows, bool all
 
 void PrintSearchTable(std::ostream& out, const std::vector<TableRow>& table, std::size_t silentCount, bool all) {
   const auto headers = Cvn73100PPSrchIO::ColumnHeaders();
-  std::size_t widths[4] = {Width(headers[0]), Width(headers[1]), Width(headers[2]), Width(headers[3])};
   const auto shown = [](const std::string& text) { return ConsoleHost::ToTerminal(text); };
-  for (const auto& entry : table) {
-    widths[0] = std::max(widths[0], Width(shown(entry.row.model)));
-    widths[1] = std::max(widths[1], Width(entry.row.supported));
-    widths[2] = std::max(widths[2], Width(entry.row.address));
-  }
-  out << "      " << Pad(headers[0], widths[0]) << "  " << Pad(headers[1], widths[1]) << "  "
-      << Pad(headers[2], widths[2]) << "  " << headers[3] << "\n";
+  TextTable columns;
+  columns.Add({"", shown(headers[0]), shown(headers[1]), shown(headers[2]), shown(headers[3])});
   for (const auto& entry : table) {
     const bool connected = entry.row.icon == Cvn73100PPSrchIO::CONNECTED_INSTRUMENT_ICON;
-    out << (connected ? "*" : " ") << std::setw(3) << entry.number << "  " << Pad(shown(entry.row.model), widths[0]) << "  "
-        << Pad(entry.row.supported, widths[1]) << "  " << Pad(entry.row.address, widths[2]) << "  "
-        << shown(entry.row.manufacturer) << "\n";
+    std::string number = std::to_string(entry.number);
+    number.insert(0, number.size() < 3 ? 3 - number.size() : 0, ' ');
+    columns.Add({(connected ? "*" : " ") + number, shown(entry.row.model), entry.row.supported, entry.row.address,
+                 shown(entry.row.manufacturer)});
   }
+  columns.Print(out);
   out << ConsoleHost::ToTerminal(Cvn73100PPSrchIO::SupportedCaption()) << "\n";
   if (!all && silentCount > 0) {
-    out << silentCount << (silentCount == 1 ? " address" : " addresses")
-        << " did not answer (--all lists them). * marks the control's address.\n";
-  } else {
-    out << "* marks the control's address.\n";
+    out << (silentCount == 1 ? CliText(CliMsg::SILENT_ADDRESS)
+                             : CliText(CliMsg::SILENT_ADDRESSES, {std::to_string(silentCount)}))
+        << " ";
   }
+  out << CliText(CliMsg::MARKS_CONTROL_ADDRESS) << "\n";
 }
 
 }  // namespace cvn73100

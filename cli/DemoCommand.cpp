@@ -6,12 +6,14 @@
 #include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "cli/ConsoleSearchView.h"
 #include "cli/ConsoleSetupsView.h"
 #include "cli/JsonText.h"
 #include "cli/PngPlot.h"
 #include "cli/ScopeSession.h"
 #include "cli/SearchResultsFile.h"
+#include "cli/TextWidth.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
 #include "discovery/Cvn73100PPSrchIO.h"
@@ -47,13 +49,9 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     bool excludeSilent = false;
   };
   auto o = std::make_shared<Options>();
-  auto* demo = app.add_subcommand(
-      "demo",
-      "The main job against the built-in simulated instrument, from a fresh form: search, choose the supported\n"
-      "instrument, initialize, capture a waveform with its plot, save a screen image, fetch a setup and save it as a\n"
-      ".scp file. The form is written to --form if given, else OUTPUT/form.json");
-  demo->add_option("--output,-o", o->output, "Folder for the results")->capture_default_str();
-  demo->add_flag("--exclude-silent", o->excludeSilent, "Exclude the COM ports without an instrument from future searches");
+  auto* demo = app.add_subcommand("demo", CliText(CliMsg::DEMO_COMMAND));
+  demo->add_option("--output,-o", o->output, CliText(CliMsg::DEMO_OUTPUT_OPTION))->capture_default_str();
+  demo->add_flag("--exclude-silent", o->excludeSilent, CliText(CliMsg::EXCLUDE_SILENT_FLAG));
   demo->callback([&context, o] {
     const std::filesystem::path out = std::filesystem::absolute(o->output).lexically_normal();
     std::filesystem::create_directories(out);
@@ -79,7 +77,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     host.ClearRecord();
 
     // 1. Search.
-    Step(context, 1, "Searching every port (the Search Instruments page)");
+    Step(context, 1, CliText(CliMsg::DEMO_STEP_SEARCH));
     ConsoleSearchView searchView(context, o->excludeSilent ? ConsoleSearchView::SilentPorts::Exclude
                                                            : ConsoleSearchView::SilentPorts::Keep);
     Cvn73100PPSrchIO searchPage(searchView);
@@ -101,9 +99,9 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
         chosen = &entry;
         break;
       }
-    if (!chosen) throw DemoError("The search found no supported instrument.");
-    Step(context, 2, "Choosing row " + std::to_string(chosen->number) + " (" + chosen->row.model + " at " +
-                         chosen->fullAddress + ") and applying it");
+    if (!chosen) throw DemoError(CliText(CliMsg::DEMO_NO_SUPPORTED));
+    Step(context, 2,
+         CliText(CliMsg::DEMO_STEP_CHOOSE, {std::to_string(chosen->number), chosen->row.model, chosen->fullAddress}));
     std::int32_t pageRow = 0;
     for (std::size_t i = 0; i < searchPage.Rows().size(); ++i)
       if (searchPage.Rows()[i].address == chosen->row.address) pageRow = static_cast<std::int32_t>(i) + 1;
@@ -112,25 +110,27 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     searchPage.PropertyPage_Terminate();
 
     // 3. Initialize.
-    Step(context, 3, "Initializing the connection to " + control.Address());
+    Step(context, 3, CliText(CliMsg::DEMO_STEP_INITIALIZE, {control.Address()}));
     control.Initialize();
     const std::string identity = control.AddressInstrumentID();
 
     // 4. Waveform and plot.
-    Step(context, 4, "Capturing " + std::to_string(DEMO_POINTS) + " points of channel " + std::to_string(DEMO_CHANNEL));
+    Step(context, 4,
+         CliText(CliMsg::DEMO_STEP_CAPTURE, {std::to_string(DEMO_POINTS), std::to_string(DEMO_CHANNEL)}));
     const WaveformCapture capture = CaptureWaveform(control, DEMO_CHANNEL, DEMO_POINTS);
-    WriteFileAtomically(csvPath.string(), WaveformCsv(capture), "CSV file");
+    WriteFileAtomically(csvPath.string(), WaveformCsv(capture), CliText(CliMsg::WHAT_CSV_FILE));
     PngPlot(capture.seconds, capture.volts,
             "CH1  " + std::to_string(capture.seconds.size()) + " POINTS  " + chosen->row.model)
         .Save(plotPath.string());
 
     // 5. Screen image.
-    Step(context, 5, "Saving the instrument's screen");
+    Step(context, 5, CliText(CliMsg::DEMO_STEP_SCREEN));
     const Picture picture = control.GetScreenImage(Cvn73100_ImageFormat_GIF);
-    WriteFileAtomically(screenPath.string(), std::string(picture.data.begin(), picture.data.end()), "Screen image");
+    WriteFileAtomically(screenPath.string(), std::string(picture.data.begin(), picture.data.end()),
+                        CliText(CliMsg::WHAT_SCREEN_IMAGE));
 
     // 6. A setup, fetched and saved through the Setups page.
-    Step(context, 6, std::string("Fetching the instrument's setup as ") + SETUP_NAME + " and saving it");
+    Step(context, 6, CliText(CliMsg::DEMO_STEP_SETUP, {SETUP_NAME}));
     host.SetErrorTitles({Messages::Load(105), Messages::Load(650), Messages::Load(715), Messages::Load(717)});
     ConsoleSetupsView setupsView;
     Cvn73100PPSetup setupsPage(setupsView);
@@ -140,7 +140,7 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
     setupsPage.ListViewSetup_Click(setupsView.RowOf(SETUP_NAME));
     host.SetFileAnswer(setupPath.string());
     setupsPage.CommandSendToFile_Click();
-    if (host.ErrorShown()) throw DemoError("The Setups page reported an error (shown above).");
+    if (host.ErrorShown()) throw DemoError(CliText(CliMsg::DEMO_SETUPS_ERROR));
     setupsPage.PropertyPage_ApplyChanges();
     const auto setup = setupsPage.WorkingSetups()->item(SETUP_NAME);
     setupsPage.PropertyPage_Terminate();
@@ -165,17 +165,24 @@ void RegisterDemoCommand(CLI::App& app, CliContext& context) {
                   << "\n";
       return;
     }
-    context.out << "Demo summary\n"
-                << "  Instrument:    " << control.Address() << "  " << identity << "\n"
-                << "  Waveform:      " << Absolute(csvPath) << "  (" << capture.seconds.size()
-                << " points of channel 1, time in s, volts in V)\n"
-                << "  Plot:          " << Absolute(plotPath) << "\n"
-                << "  Screen image:  " << Absolute(screenPath) << "  (" << picture.width << " x " << picture.height
-                << " GIF)\n"
-                << "  Setup file:    " << Absolute(setupPath) << "  (" << SETUP_NAME << ": model " << setup->Model()
-                << ", firmware " << setup->Version() << ", " << setupBytes << " bytes)\n"
-                << "  Form:          " << Absolute(formPath) << "\n"
-                << "Next: cvnscope --form " << Absolute(formPath) << " idn\n";
+    context.out << CliText(CliMsg::DEMO_SUMMARY) << "\n";
+    PrintFields(context.out,
+                {{CliText(CliMsg::FIELD_INSTRUMENT), control.Address() + "  " + identity},
+                 {CliText(CliMsg::FIELD_WAVEFORM),
+                  Absolute(csvPath) + "  " +
+                      CliText(CliMsg::DEMO_WAVEFORM_DETAIL,
+                              {std::to_string(capture.seconds.size()), std::to_string(DEMO_CHANNEL)})},
+                 {CliText(CliMsg::FIELD_PLOT), Absolute(plotPath)},
+                 {CliText(CliMsg::WHAT_SCREEN_IMAGE),
+                  Absolute(screenPath) + "  " +
+                      CliText(CliMsg::DEMO_SCREEN_DETAIL, {std::to_string(picture.width), std::to_string(picture.height)})},
+                 {CliText(CliMsg::WHAT_SETUP_FILE),
+                  Absolute(setupPath) + "  " +
+                      CliText(CliMsg::DEMO_SETUP_DETAIL,
+                              {SETUP_NAME, setup->Model(), setup->Version(), std::to_string(setupBytes)})},
+                 {CliText(CliMsg::FIELD_FORM), Absolute(formPath)}},
+                "  ");
+    context.out << CliText(CliMsg::DEMO_NEXT, {Absolute(formPath)}) << "\n";
   });
 }
 

@@ -13,7 +13,9 @@
 #include <vector>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "cli/JsonText.h"
+#include "cli/TextWidth.h"
 #include "iolib/BoardMap.h"
 
 namespace cvn73100 {
@@ -46,26 +48,30 @@ Finding CheckNode(const std::string& subject, const std::string& node) {
   struct stat st {};
   if (::stat(node.c_str(), &st) != 0) {
     return {subject, false, node + ": " + std::strerror(errno),
-            "connect the adapter, or point the port elsewhere in io.conf (cvnscope resources shows the map)"};
+            CliText(CliMsg::DOCTOR_FIX_CONNECT)};
   }
-  if (!S_ISCHR(st.st_mode)) return {subject, false, node + " is not a character device", "name the device node in io.conf"};
-  if (::access(node.c_str(), R_OK | W_OK) == 0) return {subject, true, node + " can be opened", ""};
+  if (!S_ISCHR(st.st_mode))
+    return {subject, false, CliText(CliMsg::DOCTOR_NOT_CHAR_DEVICE, {node}), CliText(CliMsg::DOCTOR_FIX_NAME_NODE)};
+  if (::access(node.c_str(), R_OK | W_OK) == 0) return {subject, true, CliText(CliMsg::DOCTOR_NODE_OPENS, {node}), ""};
   const std::string group = GroupName(st.st_gid);
   if (!InGroup(st.st_gid)) {
-    return {subject, false, node + " belongs to group " + group + ", which you are not in",
-            "sudo usermod -aG " + group + " $USER, then log in again"};
+    return {subject, false, CliText(CliMsg::DOCTOR_NOT_IN_GROUP, {node, group}),
+            CliText(CliMsg::DOCTOR_FIX_JOIN_GROUP, {group})};
   }
-  return {subject, false, node + ": permission denied", "ask the administrator for read and write access to " + node};
+  return {subject, false, CliText(CliMsg::DOCTOR_PERMISSION_DENIED, {node}), CliText(CliMsg::DOCTOR_FIX_ASK_ADMIN, {node})};
 }
 
 std::vector<Finding> Examine(const CliContext& context) {
   std::vector<Finding> findings;
   const io::BoardMap map = io::BoardMap::Load();
   for (const std::string& problem : map.Problems()) {
-    findings.push_back({"io.conf", false, problem, "correct " + map.ConfigPath() + " (see iolib/README.md)"});
+    findings.push_back({"io.conf", false, problem, CliText(CliMsg::DOCTOR_FIX_IO_CONF, {map.ConfigPath()})});
   }
   if (map.Problems().empty()) {
-    findings.push_back({"io.conf", true, map.ConfigFound() ? map.ConfigPath() + " read" : "none: built-in simulated bus", ""});
+    findings.push_back({"io.conf", true,
+                        map.ConfigFound() ? CliText(CliMsg::DOCTOR_IO_CONF_READ, {map.ConfigPath()})
+                                          : CliText(CliMsg::DOCTOR_IO_CONF_NONE),
+                        ""});
   }
   bool linuxGpib = false;
   for (int port = io::BoardMap::kFirstCom; port <= io::BoardMap::kLastCom; ++port) {
@@ -85,8 +91,9 @@ std::vector<Finding> Examine(const CliContext& context) {
     void* library = ::dlopen(map.LibGpibPath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library) ::dlclose(library);
     findings.push_back({"linux-gpib", library != nullptr,
-                        map.LibGpibPath() + (library ? " loads" : ": " + std::string(::dlerror())),
-                        library ? "" : "install linux-gpib and configure its boards (gpib_config), or set libgpib in io.conf"});
+                        library ? CliText(CliMsg::DOCTOR_LIBRARY_LOADS, {map.LibGpibPath()})
+                                : map.LibGpibPath() + ": " + ::dlerror(),
+                        library ? "" : CliText(CliMsg::DOCTOR_FIX_LIBGPIB)});
   }
   // A lock left by a command that died is harmless (locks end with their process); one held is a command
   // still running, or hanging.
@@ -94,8 +101,9 @@ std::vector<Finding> Examine(const CliContext& context) {
   if (const int fd = ::open(lockPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); fd >= 0) {
     const bool held = ::flock(fd, LOCK_EX | LOCK_NB) != 0;
     ::close(fd);
-    findings.push_back({"form", !held, held ? context.formPath + " is being changed by another command right now" : context.formPath + " is free",
-                        held ? "wait for it, or end the command that hangs (it holds " + lockPath + ")" : ""});
+    findings.push_back({"form", !held,
+                        CliText(held ? CliMsg::DOCTOR_FORM_BUSY : CliMsg::DOCTOR_FORM_FREE, {context.formPath}),
+                        held ? CliText(CliMsg::DOCTOR_FIX_FORM_BUSY, {lockPath}) : ""});
   }
   return findings;
 }
@@ -103,17 +111,22 @@ std::vector<Finding> Examine(const CliContext& context) {
 }  // namespace
 
 void RegisterDoctorCommand(CLI::App& app, CliContext& context) {
-  app.add_subcommand("doctor", "Check device nodes, permissions, linux-gpib, io.conf and the form, and say how to fix what is wrong")
+  app.add_subcommand("doctor", CliText(CliMsg::DOCTOR_COMMAND))
       ->callback([&context] {
         const std::vector<Finding> findings = Examine(context);
+        // The verdicts make a column as wide as the wider of them; the fix lines start under the subjects.
+        const std::string ok = CliText(CliMsg::DOCTOR_OK);
+        const std::string problem = CliText(CliMsg::DOCTOR_PROBLEM);
+        const std::size_t column = std::max(DisplayWidth(ok), DisplayWidth(problem)) + 2;
         bool allOk = true;
         json rows = json::array();
         for (const Finding& f : findings) {
           allOk = allOk && f.ok;
           rows.push_back({{"subject", f.subject}, {"ok", f.ok}, {"detail", f.detail}, {"fix", f.fix}});
           if (context.json) continue;
-          context.out << (f.ok ? "ok       " : "PROBLEM  ") << f.subject << ": " << f.detail << "\n";
-          if (!f.ok) context.out << "         fix: " << f.fix << "\n";
+          const std::string subject = f.subject == "form" ? CliText(CliMsg::DOCTOR_FORM_SUBJECT) : f.subject;
+          context.out << PadToWidth(f.ok ? ok : problem, column) << subject << ": " << f.detail << "\n";
+          if (!f.ok) context.out << std::string(column, ' ') << CliText(CliMsg::DOCTOR_FIX, {f.fix}) << "\n";
         }
         if (context.json) context.out << json{{"findings", rows}, {"ok", allOk}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
         if (!allOk) context.exitStatus = ExitStatus::ERROR;

@@ -10,6 +10,7 @@
 #include "cli/AtomicFile.h"
 #include "cli/Capture.h"
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "cli/JsonText.h"
 #include "cli/OutputFile.h"
 #include "cli/PngPlot.h"
@@ -51,7 +52,7 @@ void CheckErrors(Cvn73100Scope& control, const std::string& command) {
   if (errors.empty()) return;
   std::string text;
   for (const std::string& error : errors) text += (text.empty() ? "" : "; ") + error;
-  throw std::runtime_error("the instrument reported " + text + " after " + command);
+  throw std::runtime_error(CliText(CliMsg::INSTRUMENT_REPORTED, {text, command}));
 }
 
 }  // namespace
@@ -126,13 +127,10 @@ Cvn73100_ImageFormat ScreenshotFormat(const std::string& file, const std::string
   Cvn73100_ImageFormat named = chosen;
   const bool known = ImageFormatOfName(extension, named);
   if (!given && !known) {
-    throw CLI::ValidationError("FILE", file + ": " + extension +
-                                          " is not an image format of the instrument (bmp, gif, tif, jpg); "
-                                          "name the file so, or give --format");
+    throw CLI::ValidationError("FILE", CliText(CliMsg::NOT_AN_IMAGE_FORMAT, {file, extension}));
   }
   if (given && known && named != chosen) {
-    throw CLI::ValidationError("--format", file + " would hold " + ImageExtension(chosen) + " under the name " +
-                                               extension + "; name the file ." + ImageExtension(chosen));
+    throw CLI::ValidationError("--format", CliText(CliMsg::FORMAT_MISMATCH, {file, ImageExtension(chosen), extension}));
   }
   return known ? named : chosen;
 }
@@ -141,7 +139,7 @@ Cvn73100_ImageFormat ScreenshotFormat(const std::string& file, const std::string
 
 void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   // --- idn ---
-  auto* idn = app.add_subcommand("idn", "Open the connection at the control's address and print the instrument's identity");
+  auto* idn = app.add_subcommand("idn", CliText(CliMsg::IDN_COMMAND));
   idn->callback([&context] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
@@ -155,7 +153,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   });
 
   // --- errors ---
-  auto* errors = app.add_subcommand("errors", "Read and print the instrument's error queue until it is empty");
+  auto* errors = app.add_subcommand("errors", CliText(CliMsg::ERRORS_COMMAND));
   errors->callback([&context] {
     ScopeSession session(context);
     session.Connect();
@@ -172,9 +170,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
   // --- write ---
   auto command = std::make_shared<std::string>();
   auto noCheck = std::make_shared<bool>(false);
-  const char* noCheckHelp = "Do not read the instrument's error queue afterwards";
-  auto* write = app.add_subcommand("write", "Send a command to the instrument at the control's address");
-  write->add_option("COMMAND", *command, "e.g. \":CHANnel1:RANGe 4\"")->required();
+  const std::string noCheckHelp = CliText(CliMsg::NO_CHECK_FLAG);
+  auto* write = app.add_subcommand("write", CliText(CliMsg::WRITE_COMMAND));
+  write->add_option("COMMAND", *command, CliText(CliMsg::EXAMPLE, {"\":CHANnel1:RANGe 4\""}))->required();
   write->add_flag("--no-check", *noCheck, noCheckHelp);
   write->callback([&context, command, noCheck] {
     ScopeSession session(context);
@@ -193,16 +191,14 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     std::string output;
   };
   auto queryOptions = std::make_shared<QueryOptions>();
-  auto* query = app.add_subcommand("query", "Send a query to the instrument and print its reply");
-  query->add_option("COMMAND", queryOptions->command, "e.g. \":CHANnel1:RANGe?\"")->required();
-  query->add_flag("--block", queryOptions->block,
-                  "The reply is a definite-length block (e.g. \":SYSTem:SETup?\"): read it as bytes");
-  query->add_option("-o,--output", queryOptions->output,
-                    "Write the reply's bytes to this file as they came (- for standard output)");
+  auto* query = app.add_subcommand("query", CliText(CliMsg::QUERY_COMMAND));
+  query->add_option("COMMAND", queryOptions->command, CliText(CliMsg::EXAMPLE, {"\":CHANnel1:RANGe?\""}))->required();
+  query->add_flag("--block", queryOptions->block, CliText(CliMsg::BLOCK_FLAG));
+  query->add_option("-o,--output", queryOptions->output, CliText(CliMsg::QUERY_OUTPUT_OPTION));
   query->add_flag("--no-check", queryOptions->noCheck, noCheckHelp);
   query->callback([&context, queryOptions] {
     const std::string& output = queryOptions->output;
-    PrepareOutputFolder(context, output, "Reply file");
+    PrepareOutputFolder(context, output, CliText(CliMsg::WHAT_REPLY_FILE));
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
@@ -219,7 +215,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     const bool block = reply.GetType() == Variant::Type::ByteArray;
     const std::string data = block ? std::string(reply.AsBytes().begin(), reply.AsBytes().end()) : reply.AsString();
     if (!output.empty()) {
-      WriteOutput(context, output, data, "Reply file");
+      WriteOutput(context, output, data, CliText(CliMsg::WHAT_REPLY_FILE));
       if (IsStandardStream(output)) {
         // The bytes alone on standard output.
       } else if (context.json) {
@@ -227,7 +223,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
                            .dump(-1, ' ', false, kReplaceInvalidUtf8)
                     << "\n";
       } else {
-        context.out << data.size() << " bytes written to " << Absolute(output) << "\n";
+        context.out << CliText(CliMsg::BYTES_WRITTEN_TO, {std::to_string(data.size()), Absolute(output)}) << "\n";
       }
     } else if (block) {
       if (context.json)
@@ -242,8 +238,7 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     } else {
       if (context.outIsTerminal && LooksBinary(data)) {
         throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE,
-                         "The reply is binary (" + std::to_string(data.size()) +
-                             " bytes): write it with -o FILE, or -o - to send it to the terminal anyway.");
+                         CliText(CliMsg::REPLY_IS_BINARY, {std::to_string(data.size())}));
       }
       context.out << Reply(context, data) << "\n";
     }
@@ -258,33 +253,32 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     std::string plot;
   };
   auto waveformOptions = std::make_shared<WaveformOptions>();
-  auto* waveform = app.add_subcommand(
-      "waveform", "Capture one channel's record: CSV rows \"time,volts\" (seconds, volts) and an optional PNG plot");
-  waveform->add_option("--channel,-c", waveformOptions->channel, "Analog channel 1..4")
+  auto* waveform = app.add_subcommand("waveform", CliText(CliMsg::WAVEFORM_COMMAND));
+  waveform->add_option("--channel,-c", waveformOptions->channel, CliText(CliMsg::CHANNEL_OPTION))
       ->check(CLI::Range(1, 4))
       ->capture_default_str();
-  waveform->add_option("--points,-p", waveformOptions->points, "100, 250, 500, 1000, 2000, or 0 for the whole record")
+  waveform->add_option("--points,-p", waveformOptions->points, CliText(CliMsg::POINTS_OPTION))
       ->check(CLI::IsMember({0, 100, 250, 500, 1000, 2000}))
       ->capture_default_str();
-  waveform->add_option("-o,--output", waveformOptions->output,
-                       "CSV file (default: standard output, unless --plot; - for standard output)");
-  waveform->add_option("--plot", waveformOptions->plot, "PNG file for a plot of the waveform (- for standard output)");
+  waveform->add_option("-o,--output", waveformOptions->output, CliText(CliMsg::CSV_OUTPUT_OPTION));
+  waveform->add_option("--plot", waveformOptions->plot, CliText(CliMsg::PLOT_OPTION));
   waveform->callback([&context, waveformOptions] {
     if (IsStandardStream(waveformOptions->output) && IsStandardStream(waveformOptions->plot)) {
-      throw CLI::ValidationError("--output and --plot", "only one of them can go to standard output");
+      throw CLI::ValidationError("--output, --plot", CliText(CliMsg::ONLY_ONE_TO_STDOUT));
     }
-    PrepareOutputFolder(context, waveformOptions->output, "CSV file");
-    PrepareOutputFolder(context, waveformOptions->plot, "Plot");
+    PrepareOutputFolder(context, waveformOptions->output, CliText(CliMsg::WHAT_CSV_FILE));
+    PrepareOutputFolder(context, waveformOptions->plot, CliText(CliMsg::WHAT_PLOT));
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     const WaveformCapture capture = CaptureWaveform(control, waveformOptions->channel, waveformOptions->points);
     const std::string csv = WaveformCsv(capture);
-    if (!waveformOptions->output.empty()) WriteOutput(context, waveformOptions->output, csv, "CSV file");
+    if (!waveformOptions->output.empty()) WriteOutput(context, waveformOptions->output, csv, CliText(CliMsg::WHAT_CSV_FILE));
     if (!waveformOptions->plot.empty()) {
       const std::string title =
           "CH" + std::to_string(capture.channel) + "  " + std::to_string(capture.seconds.size()) + " POINTS";
-      WriteOutput(context, waveformOptions->plot, PngPlot(capture.seconds, capture.volts, title).Encode(), "Plot");
+      WriteOutput(context, waveformOptions->plot, PngPlot(capture.seconds, capture.volts, title).Encode(),
+                  CliText(CliMsg::WHAT_PLOT));
     }
     const bool toStdout = waveformOptions->output.empty() && waveformOptions->plot.empty();
     if (IsStandardStream(waveformOptions->output) || IsStandardStream(waveformOptions->plot)) {
@@ -302,9 +296,11 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
       context.out << csv;
     } else {
       if (!waveformOptions->output.empty())
-        context.out << capture.seconds.size() << " points of channel " << capture.channel << " written to "
-                    << Absolute(waveformOptions->output) << "\n";
-      if (!waveformOptions->plot.empty()) context.out << "Plot: " << Absolute(waveformOptions->plot) << "\n";
+        context.out << CliText(CliMsg::POINTS_WRITTEN_TO, {std::to_string(capture.seconds.size()),
+                                                           std::to_string(capture.channel), Absolute(waveformOptions->output)})
+                    << "\n";
+      if (!waveformOptions->plot.empty())
+        context.out << CliText(CliMsg::FIELD_PLOT) << ": " << Absolute(waveformOptions->plot) << "\n";
     }
     session.Finish();
   });
@@ -315,21 +311,21 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     std::string format;
   };
   auto screenshotOptions = std::make_shared<ScreenshotOptions>();
-  auto* screenshot = app.add_subcommand("screenshot", "Save the instrument's screen as an image file");
-  screenshot->add_option("FILE", screenshotOptions->file, "Image file (- for standard output)")->required();
-  screenshot->add_option("--format,-f", screenshotOptions->format,
-                         "bmp, gif, tif or jpg (default: by the file's extension, else bmp)")
+  auto* screenshot = app.add_subcommand("screenshot", CliText(CliMsg::SCREENSHOT_COMMAND));
+  screenshot->add_option("FILE", screenshotOptions->file, CliText(CliMsg::IMAGE_FILE_ARGUMENT))->required();
+  screenshot->add_option("--format,-f", screenshotOptions->format, CliText(CliMsg::FORMAT_OPTION))
       ->check(CLI::IsMember({"bmp", "gif", "tif", "tiff", "jpg", "jpeg"}, CLI::ignore_case));
   screenshot->callback([&context, screenshotOptions] {
     const std::string& file = screenshotOptions->file;
     const Cvn73100_ImageFormat format = ScreenshotFormat(file, screenshotOptions->format);
-    PrepareOutputFolder(context, file, "Screen image");
+    PrepareOutputFolder(context, file, CliText(CliMsg::WHAT_SCREEN_IMAGE));
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
     session.Connect();
     if (IsStandardStream(file)) {
       const Picture picture = control.GetScreenImage(format);
-      WriteOutput(context, file, std::string(picture.data.begin(), picture.data.end()), "Screen image");
+      WriteOutput(context, file, std::string(picture.data.begin(), picture.data.end()),
+                  CliText(CliMsg::WHAT_SCREEN_IMAGE));
       session.Finish();
       return;
     }
@@ -340,8 +336,9 @@ void RegisterInstrumentCommands(CLI::App& app, CliContext& context) {
     if (context.json)
       context.out << json{{"file", path}, {"format", ImageExtension(format)}, {"bytes", ec ? 0 : size}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
-      context.out << "Screen image (" << ImageExtension(format) << ", " << (ec ? 0 : size) << " bytes) written to "
-                  << path << "\n";
+      context.out << CliText(CliMsg::SCREEN_IMAGE_WRITTEN,
+                             {ImageExtension(format), std::to_string(ec ? 0 : size), path})
+                  << "\n";
     session.Finish();
   });
 }

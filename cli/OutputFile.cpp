@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "cli/AtomicFile.h"
+#include "cli/CliText.h"
 
 namespace cvn73100 {
 namespace {
@@ -22,8 +23,7 @@ void PrepareOutputFolder(const CliContext& context, const std::string& path, con
   std::error_code ec;
   if (folder.empty() || std::filesystem::is_directory(folder, ec)) return;
   if (!context.parents) {
-    throw ScopeError(FILE_ERROR, CLI_SOURCE,
-                     what + " " + path + ": the folder " + folder.string() + " does not exist (--parents creates it)");
+    throw ScopeError(FILE_ERROR, CLI_SOURCE, CliText(CliMsg::FOLDER_MISSING, {what, path, folder.string()}));
   }
   std::filesystem::create_directories(folder, ec);
   if (ec) throw ScopeError(FILE_ERROR, CLI_SOURCE, what + " " + path + ": " + folder.string() + ": " + ec.message());
@@ -42,7 +42,7 @@ void WriteOutput(CliContext& context, const std::string& path, const std::string
 ScratchFolder::ScratchFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "cvnscope.XXXXXX").string();
   if (::mkdtemp(pattern.data()) == nullptr) {
-    throw ScopeError(FILE_ERROR, CLI_SOURCE, "Temporary folder " + pattern + ": " + std::strerror(errno));
+    throw ScopeError(FILE_ERROR, CLI_SOURCE, CliText(CliMsg::TEMPORARY_FOLDER, {pattern, std::strerror(errno)}));
   }
   m_path = pattern;
 }

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "cli/ConsoleSearchView.h"
 #include "cli/JsonText.h"
 #include "cli/ScopeSession.h"
@@ -46,8 +47,7 @@ bool IsRowNumber(const std::string& text) {
 
 void RegisterResources(CLI::App& app, CliContext& context) {
   auto pattern = std::make_shared<std::string>("?*");
-  auto* resources = app.add_subcommand(
-      "resources", "List the instrument resources the I/O library finds, and where each port leads (the board map)");
+  auto* resources = app.add_subcommand("resources", CliText(CliMsg::RESOURCES_COMMAND));
   resources->add_option("PATTERN", *pattern, "COM*, COM3, GPIB*, GPIB0, GPIB0::?*::INSTR ...")->capture_default_str();
   resources->callback([&context, pattern] {
     const auto manager = io::IOManager::FromEnvironment();
@@ -65,19 +65,16 @@ void RegisterResources(CLI::App& app, CliContext& context) {
     // The description says where the map came from and when the embedded simulated bus answers.
     const std::string map = manager->DescribeBoardMap();
     context.out << map << (!map.empty() && map.back() != '\n' ? "\n" : "");
-    context.out << "\nResources matching " << *pattern << ":\n";
-    if (names.empty()) context.out << "  (none)\n";
+    context.out << "\n" << CliText(CliMsg::RESOURCES_MATCHING, {*pattern}) << "\n";
+    if (names.empty()) context.out << "  " << CliText(CliMsg::NONE_FOUND) << "\n";
     for (const auto& name : names) context.out << "  " << name << "\n";
   });
 }
 
 void RegisterTest(CLI::App& app, CliContext& context) {
   auto address = std::make_shared<std::string>();
-  auto* test = app.add_subcommand(
-      "test",
-      "Ask the instrument at ADDRESS for its identity (*IDN?) and print what the Test button shows.\n"
-      "Exit status: 0 for a supported instrument, 10 + the result code otherwise (11 other 731xx model,\n"
-      "12 another family, 13 not IEEE 488.2, 14 no response, 15 port not found)");
+  auto* test =
+      app.add_subcommand("test", CliText(CliMsg::TEST_COMMAND) + "\n" + CliText(CliMsg::TEST_EXIT_STATUS));
   test->add_option("ADDRESS", *address, "GPIB0::7::INSTR, COM1, COM2::Baud=19200,Handshake=DTR_DSR ...")->required();
   test->callback([&context, address] {
     ScopeSession session(context);
@@ -85,7 +82,7 @@ void RegisterTest(CLI::App& app, CliContext& context) {
     // A copy of the control's I/O configuration: the address's keywords set its port's line settings for
     // this test only.
     const auto configuration = control.IOConfigurationPropertyPage();
-    NamingTheProperty("ADDRESS", *address, "GPIB0..3::0..30::INSTR or COM1..4[::Baud=…,Handshake=…]",
+    NamingTheProperty("ADDRESS", *address, CliText(CliMsg::ALLOWED_ADDRESS),
                       [&] { configuration->SetActiveAddressString(*address); });
     CQueryInstrument query;
     query.Initialize(control.TXDelay(), configuration, control.IOManager());
@@ -115,19 +112,13 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
     bool parallel = false;
   };
   auto options = std::make_shared<Options>();
-  auto* search = app.add_subcommand(
-      "search",
-      "Search every included COM port and GPIB address for instruments (the Search Instruments page) and keep the "
-      "table for `use`");
-  auto* exclude = search->add_flag("--exclude-silent", options->excludeSilent,
-                                   "Exclude the COM ports without an instrument from future searches");
-  auto* keep = search->add_flag("--keep-silent", options->keepSilent,
-                                "Keep every COM port in future searches (the default without a terminal)");
+  auto* search = app.add_subcommand("search", CliText(CliMsg::SEARCH_COMMAND));
+  auto* exclude =
+      search->add_flag("--exclude-silent", options->excludeSilent, CliText(CliMsg::EXCLUDE_SILENT_FLAG));
+  auto* keep = search->add_flag("--keep-silent", options->keepSilent, CliText(CliMsg::KEEP_SILENT_FLAG));
   exclude->excludes(keep);
-  search->add_flag("--all", options->all, "Also list the GPIB addresses that did not answer");
-  search->add_flag("--parallel", options->parallel,
-                   "Probe every COM port and GPIB board at the same time (the table is the same; Ctrl-C stops "
-                   "either search and prints the rows found so far)");
+  search->add_flag("--all", options->all, CliText(CliMsg::ALL_FLAG));
+  search->add_flag("--parallel", options->parallel, CliText(CliMsg::PARALLEL_FLAG));
   search->callback([&context, options] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
@@ -152,7 +143,7 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
         context.out << json{{"rows", rows}, {"stopped", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       } else {
         PrintSearchTable(context.out, table, 0, true);
-        context.err << "Search stopped.\n";
+        context.err << CliText(CliMsg::SEARCH_STOPPED) << "\n";
       }
       context.exitStatus = 128 + (StopOnSignal::Received() != 0 ? StopOnSignal::Received() : SIGINT);
       return;
@@ -190,12 +181,8 @@ void RegisterSearch(CLI::App& app, CliContext& context) {
 
 void RegisterUse(CLI::App& app, CliContext& context) {
   auto target = std::make_shared<std::string>();
-  auto* use = app.add_subcommand(
-      "use",
-      "Make a row of the last search's table, or an address, the control's address (Apply on the Search "
-      "Instruments page, with the RS-232 handshake check). An address not in the table is tested first");
-  use->add_option("ROW|ADDRESS", *target, "A row number of `cvnscope search`, or e.g. GPIB0::7::INSTR, COM1")
-      ->required();
+  auto* use = app.add_subcommand("use", CliText(CliMsg::USE_COMMAND));
+  use->add_option("ROW|ADDRESS", *target, CliText(CliMsg::USE_TARGET_ARGUMENT))->required();
   use->callback([&context, target] {
     ScopeSession session(context);
     Cvn73100Scope& control = session.Control();
@@ -207,16 +194,15 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     if (IsRowNumber(*target)) {
       const long number = std::stol(*target);
       if (table.empty())
-        throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, "No search results: run `cvnscope search` first.");
+        throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE, CliText(CliMsg::NO_SEARCH_RESULTS));
       if (number < 1 || number > static_cast<long>(table.size()))
         throw ScopeError(ERR_SUBSCRIPT_OUT_OF_RANGE, CLI_SOURCE,
-                         "Row " + *target + " is not in the last search's table (rows 1 to " +
-                             std::to_string(table.size()) + ").");
+                         CliText(CliMsg::ROW_NOT_IN_TABLE, {*target, std::to_string(table.size())}));
       chosen = &table[static_cast<std::size_t>(number - 1)];
       address = chosen->fullAddress;
     } else {
       CIOconfiguration parsed;
-      NamingTheProperty("ADDRESS", *target, "a row of the last search, GPIB0..3::0..30::INSTR or COM1..4[::…]",
+      NamingTheProperty("ADDRESS", *target, CliText(CliMsg::ALLOWED_USE_TARGET),
                         [&] { parsed.SetActiveAddressString(*target); });
       address = parsed.ActivePortIsGPIB() ? parsed.ActiveAddressString() : parsed.ActiveIOPort();
       for (const auto& entry : table)
@@ -240,7 +226,7 @@ void RegisterUse(CLI::App& app, CliContext& context) {
     if (context.host.Cancelled() > 0) {
       context.exitStatus = ExitStatus::CANCELLED;
       if (context.json) context.out << json{{"cancelled", true}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
-      else context.err << "Cancelled: the address stays " << addressBefore << ".\n";
+      else context.err << CliText(CliMsg::CANCELLED_ADDRESS_STAYS, {addressBefore}) << "\n";
       return;
     }
 
@@ -251,8 +237,9 @@ void RegisterUse(CLI::App& app, CliContext& context) {
                          .dump(-1, ' ', false, kReplaceInvalidUtf8)
                   << "\n";
     } else {
-      context.out << "Address: " << control.Address() << "\n";
-      if (!control.AddressInstrumentID().empty()) context.out << "Instrument: " << Reply(context, control.AddressInstrumentID()) << "\n";
+      context.out << CliText(CliMsg::FIELD_ADDRESS) << ": " << control.Address() << "\n";
+      if (!control.AddressInstrumentID().empty())
+        context.out << CliText(CliMsg::FIELD_INSTRUMENT) << ": " << Reply(context, control.AddressInstrumentID()) << "\n";
     }
     session.Finish();
   });

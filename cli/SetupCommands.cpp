@@ -1,14 +1,15 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
 #include "cli/ConsoleSetupsView.h"
 #include "cli/JsonText.h"
 #include "cli/OutputFile.h"
+#include "cli/TextWidth.h"
 #include "cli/ScopeSession.h"
 #include "control/Cvn73100Scope.h"
 #include "dialogs/Messages.h"
@@ -68,8 +69,7 @@ class SetupsCommand {
   void Select(const std::string& name) {
     const int row = m_view.RowOf(name);
     if (row < 0)
-      throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE,
-                       "There is no setup named \"" + name + "\" (see `cvnscope setup list`).");
+      throw ScopeError(ERR_INVALID_PROCEDURE_CALL, CLI_SOURCE, CliText(CliMsg::NO_SUCH_SETUP, {name}));
     m_page.ListViewSetup_Click(row);
   }
 
@@ -108,7 +108,8 @@ class SetupsCommand {
 
   std::shared_ptr<SetupCvn73100Scope> Setup(const std::string& name) { return m_page.WorkingSetups()->item(name); }
 
-  void Report(const std::string& action, const SetupCvn73100Scope& setup, const std::string& file = "") {
+  // `action` goes into JSON as it is; `actionText` (a CliMsg number) says it in the run's language.
+  void Report(const std::string& action, int actionText, const SetupCvn73100Scope& setup, const std::string& file = "") {
     if (m_context.json) {
       json result = SetupJson(setup);
       result["action"] = action;
@@ -116,11 +117,13 @@ class SetupsCommand {
       m_context.out << result.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
       return;
     }
-    m_context.out << action << " " << setup.Name();
+    m_context.out << CliText(actionText, {setup.Name()});
     if (!file.empty()) m_context.out << ": " << file;
-    m_context.out << "\n  model " << (setup.Model().empty() ? "-" : setup.Model()) << ", version "
-                  << (setup.Version().empty() ? "-" : setup.Version()) << ", "
-                  << (setup.LearnString() ? std::to_string(LearnStringLength(setup)) + " bytes" : "no setup data")
+    const std::string data = setup.LearnString() ? CliText(CliMsg::N_BYTES, {std::to_string(LearnStringLength(setup))})
+                                                 : CliText(CliMsg::NO_SETUP_DATA);
+    m_context.out << "\n  "
+                  << CliText(CliMsg::SETUP_SUMMARY, {setup.Model().empty() ? "-" : setup.Model(),
+                                                     setup.Version().empty() ? "-" : setup.Version(), data})
                   << "\n";
   }
 
@@ -137,10 +140,9 @@ void RegisterGet(CLI::App& setup, CliContext& context) {
     std::string comments;
   };
   auto options = std::make_shared<Options>();
-  auto* get = setup.add_subcommand(
-      "get", "Fetch the instrument's current setup into setup NAME (added when new; replacing asks first)");
-  get->add_option("NAME", options->name, "Setup name: no spaces, no \"|\"")->required();
-  get->add_option("--comments", options->comments, "Comments of a new setup");
+  auto* get = setup.add_subcommand("get", CliText(CliMsg::SETUP_GET_COMMAND));
+  get->add_option("NAME", options->name, CliText(CliMsg::SETUP_NAME_ARGUMENT))->required();
+  get->add_option("--comments", options->comments, CliText(CliMsg::SETUP_COMMENTS_OPTION));
   get->callback([&context, options] {
     SetupsCommand command(context);
     command.Session().Connect();
@@ -153,14 +155,14 @@ void RegisterGet(CLI::App& setup, CliContext& context) {
     }
     if (!command.Succeeded()) return;
     command.Apply();
-    command.Report("Fetched", *command.Setup(options->name));
+    command.Report("Fetched", CliMsg::SETUP_FETCHED, *command.Setup(options->name));
   });
 }
 
 void RegisterSend(CLI::App& setup, CliContext& context) {
   auto name = std::make_shared<std::string>();
-  auto* send = setup.add_subcommand("send", "Send setup NAME to the instrument (asks first; --yes answers OK)");
-  send->add_option("NAME", *name, "Setup name")->required();
+  auto* send = setup.add_subcommand("send", CliText(CliMsg::SETUP_SEND_COMMAND));
+  send->add_option("NAME", *name, CliText(CliMsg::SETUP_NAME))->required();
   send->callback([&context, name] {
     SetupsCommand command(context);
     command.Select(*name);
@@ -168,7 +170,7 @@ void RegisterSend(CLI::App& setup, CliContext& context) {
     command.Page().CommandSendToInstrument_Click();
     if (!command.Succeeded()) return;
     command.Apply();
-    command.Report("Sent", *command.Setup(*name));
+    command.Report("Sent", CliMsg::SETUP_SENT, *command.Setup(*name));
   });
 }
 
@@ -178,13 +180,12 @@ void RegisterSave(CLI::App& setup, CliContext& context) {
     std::string file;
   };
   auto options = std::make_shared<Options>();
-  auto* save = setup.add_subcommand(
-      "save", "Save setup NAME as a setup file (always the native .scp format; replacing a file asks first)");
-  save->add_option("NAME", options->name, "Setup name")->required();
-  save->add_option("FILE", options->file, "Setup file, e.g. s1.scp (- for standard output)")->required();
+  auto* save = setup.add_subcommand("save", CliText(CliMsg::SETUP_SAVE_COMMAND));
+  save->add_option("NAME", options->name, CliText(CliMsg::SETUP_NAME))->required();
+  save->add_option("FILE", options->file, CliText(CliMsg::SETUP_SAVE_FILE_ARGUMENT))->required();
   save->callback([&context, options] {
     const bool toStdout = IsStandardStream(options->file);
-    PrepareOutputFolder(context, options->file, "Setup file");
+    PrepareOutputFolder(context, options->file, CliText(CliMsg::WHAT_SETUP_FILE));
     const ScratchFolder scratch;
     const std::string file = toStdout ? scratch.PathOf(options->name + Cvn73100PPSetup::DEFAULT_EXTENSION) : options->file;
     SetupsCommand command(context);
@@ -200,7 +201,7 @@ void RegisterSave(CLI::App& setup, CliContext& context) {
     }
     std::filesystem::path path = Absolute(file);
     if (!path.has_extension()) path += Cvn73100PPSetup::DEFAULT_EXTENSION;
-    command.Report("Saved", *command.Setup(options->name), path.string());
+    command.Report("Saved", CliMsg::SETUP_SAVED, *command.Setup(options->name), path.string());
   });
 }
 
@@ -210,23 +211,21 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
     std::string name;
   };
   auto options = std::make_shared<Options>();
-  auto* open = setup.add_subcommand(
-      "open",
-      "Read a setup file (.scp or .stp, recognised by content) into the setup named after the file, or renamed NAME");
-  open->add_option("FILE", options->file, "Setup file (- for standard input, with NAME)")->required();
-  open->add_option("NAME", options->name, "Name for the setup (default: the file's base name)");
+  auto* open = setup.add_subcommand("open", CliText(CliMsg::SETUP_OPEN_COMMAND));
+  open->add_option("FILE", options->file, CliText(CliMsg::SETUP_OPEN_FILE_ARGUMENT))->required();
+  open->add_option("NAME", options->name, CliText(CliMsg::SETUP_OPEN_NAME_ARGUMENT));
   open->callback([&context, options] {
     const ScratchFolder scratch;
     std::string file = options->file;
     const std::string& name = options->name;
-    if (name.find('/') != std::string::npos) throw CLI::ValidationError("NAME", "a setup name holds no \"/\"");
+    if (name.find('/') != std::string::npos) throw CLI::ValidationError("NAME", CliText(CliMsg::NAME_HOLDS_NO_SLASH));
     if (IsStandardStream(file)) {
-      if (name.empty()) throw CLI::ValidationError("NAME", "a setup read from standard input needs a NAME");
+      if (name.empty()) throw CLI::ValidationError("NAME", CliText(CliMsg::STDIN_NEEDS_NAME));
       file = scratch.FromStandardInput(name + Cvn73100PPSetup::DEFAULT_EXTENSION);
     }
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec))
-      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(file));
+      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, CliText(CliMsg::FILE_NOT_FOUND, {Absolute(file)}));
     // The page names a setup after its file: under another NAME, a copy of that name is opened, so that
     // the setup named after the original file is never touched.
     if (!name.empty() && std::filesystem::path(file).stem() != name) {
@@ -240,14 +239,14 @@ void RegisterOpen(CLI::App& setup, CliContext& context) {
     if (!command.Succeeded()) return;
     command.Apply();
     const std::string opened = std::filesystem::path(file).stem().string();
-    command.Report("Opened", *command.Setup(opened), IsStandardStream(options->file) ? "-" : Absolute(options->file));
+    command.Report("Opened", CliMsg::SETUP_OPENED, *command.Setup(opened), IsStandardStream(options->file) ? "-" : Absolute(options->file));
   });
 }
 
 void RegisterShow(CLI::App& setup, CliContext& context) {
   auto fileOption = std::make_shared<std::string>();
-  auto* show = setup.add_subcommand("show", "Print what a setup file holds: model, version, comments, data length, format");
-  show->add_option("FILE", *fileOption, "Setup file (.scp or .stp; - for standard input)")->required();
+  auto* show = setup.add_subcommand("show", CliText(CliMsg::SETUP_SHOW_COMMAND));
+  show->add_option("FILE", *fileOption, CliText(CliMsg::SETUP_SHOW_FILE_ARGUMENT))->required();
   show->callback([&context, fileOption] {
     ScopeSession session(context);
     const ScratchFolder scratch;
@@ -256,13 +255,13 @@ void RegisterShow(CLI::App& setup, CliContext& context) {
     const std::string shownPath = IsStandardStream(*fileOption) ? "-" : Absolute(*file);
     std::error_code ec;
     if (!std::filesystem::is_regular_file(*file, ec))
-      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, "File not found: " + Absolute(*file));
+      throw ScopeError(FILE_NOT_FOUND, CLI_SOURCE, CliText(CliMsg::FILE_NOT_FOUND, {Absolute(*file)}));
     SetupCvn73100Scope read;
     read.ReadFromFile(*file);
     // ReadFromFile took the first format that recognised the file, the native one first.
     const bool native = CSetupFile().IsACompatibleFile(*file);
     const std::string format = native ? "scp" : "stp";
-    const std::string formatName = native ? "native setup file (.scp)" : "Wrenfold setup file (.stp, read only)";
+    const std::string formatName = CliText(native ? CliMsg::FORMAT_NATIVE : CliMsg::FORMAT_WRENFOLD);
     if (context.json) {
       context.out << json{{"file", shownPath},
                           {"format", format},
@@ -275,19 +274,20 @@ void RegisterShow(CLI::App& setup, CliContext& context) {
                   << "\n";
       return;
     }
-    context.out << "File:        " << shownPath << "\n"
-                << "Format:      " << formatName << "\n"
-                << "Model:       " << ConsoleHost::ToTerminal(read.Model()) << "\n"
-                << "Version:     " << read.Version() << "\n"
-                << "Comments:    " << ConsoleHost::ToTerminal(read.Comments()) << "\n"
-                << "Data length: "
-                << (read.LearnString() ? std::to_string(LearnStringLength(read)) + " bytes" : "0 bytes (Empty)")
-                << "\n";
+    PrintFields(context.out,
+                {{CliText(CliMsg::FIELD_FILE), shownPath},
+                 {CliText(CliMsg::FIELD_FORMAT), formatName},
+                 {CliText(CliMsg::FIELD_MODEL), ConsoleHost::ToTerminal(read.Model())},
+                 {CliText(CliMsg::FIELD_VERSION), read.Version()},
+                 {CliText(CliMsg::FIELD_COMMENTS), ConsoleHost::ToTerminal(read.Comments())},
+                 {CliText(CliMsg::FIELD_DATA_LENGTH),
+                  read.LearnString() ? CliText(CliMsg::N_BYTES, {std::to_string(LearnStringLength(read))})
+                                     : CliText(CliMsg::NO_BYTES_EMPTY)}});
   });
 }
 
 void RegisterList(CLI::App& setup, CliContext& context) {
-  auto* list = setup.add_subcommand("list", "List the setups kept in the form (* marks the one last exchanged with the instrument)");
+  auto* list = setup.add_subcommand("list", CliText(CliMsg::SETUP_LIST_COMMAND));
   list->callback([&context] {
     SetupsCommand command(context);
     const auto& rows = command.View().Rows();
@@ -303,30 +303,25 @@ void RegisterList(CLI::App& setup, CliContext& context) {
     }
     const SetupsPageCaptions captions = SetupsPageCaptions::Load();
     if (rows.empty()) {
-      context.out << "No setups (cvnscope setup get NAME fetches one).\n";
+      context.out << CliText(CliMsg::NO_SETUPS) << "\n";
       return;
     }
-    std::size_t nameWidth = captions.nameColumn.size();
-    for (const auto& row : rows) nameWidth = std::max(nameWidth, row.name.size());
-    context.out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << captions.nameColumn << "  "
-                << std::setw(8) << Messages::Load(201) << "  " << std::setw(8) << "Version" << "  " << std::setw(7)
-                << "Bytes" << "  " << captions.commentsColumn << "\n";
+    TextTable table;
+    table.Add({"  " + captions.nameColumn, Messages::Load(201), CliText(CliMsg::FIELD_VERSION),
+               CliText(CliMsg::COLUMN_BYTES), captions.commentsColumn});
     for (const auto& row : rows) {
       const auto item = command.Setup(row.name);
-      context.out << (row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") << std::left
-                  << std::setw(static_cast<int>(nameWidth)) << row.name << "  " << std::setw(8) << item->Model()
-                  << "  " << std::setw(8) << item->Version() << "  " << std::setw(7)
-                  << (item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-")) << "  "
-                  << row.comments << "\n";
+      table.Add({(row.icon == Cvn73100PPSetup::CURRENT_SETUP_ICON ? "* " : "  ") + row.name, item->Model(), item->Version(),
+                 item->LearnString() ? std::to_string(LearnStringLength(*item)) : std::string("-"), row.comments});
     }
-    context.out << std::right;
+    table.Print(context.out);
   });
 }
 
 void RegisterRemove(CLI::App& setup, CliContext& context) {
   auto name = std::make_shared<std::string>();
-  auto* remove = setup.add_subcommand("remove", "Remove setup NAME from the form (asks first; --yes answers OK)");
-  remove->add_option("NAME", *name, "Setup name")->required();
+  auto* remove = setup.add_subcommand("remove", CliText(CliMsg::SETUP_REMOVE_COMMAND));
+  remove->add_option("NAME", *name, CliText(CliMsg::SETUP_NAME))->required();
   remove->callback([&context, name] {
     SetupsCommand command(context);
     command.Select(*name);
@@ -336,15 +331,14 @@ void RegisterRemove(CLI::App& setup, CliContext& context) {
     if (context.json)
       context.out << json{{"removed", *name}}.dump(-1, ' ', false, kReplaceInvalidUtf8) << "\n";
     else
-      context.out << "Removed " << *name << "\n";
+      context.out << CliText(CliMsg::SETUP_REMOVED, {*name}) << "\n";
   });
 }
 
 }  // namespace
 
 void RegisterSetupCommands(CLI::App& app, CliContext& context) {
-  auto* setup = app.add_subcommand(
-      "setup", "Instrument setups (learn strings): fetch, send, save, open, show, list, remove (the Setups page)");
+  auto* setup = app.add_subcommand("setup", CliText(CliMsg::SETUP_COMMAND));
   setup->require_subcommand(1);
   RegisterGet(*setup, context);
   RegisterSend(*setup, context);

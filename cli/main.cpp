@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include "cli/CliContext.h"
+#include "cli/CliText.h"
+#include "dialogs/Messages.h"
 #include "cli/Completion.h"
 #include "cli/SimulatorState.h"
 #include "form/FormFile.h"
@@ -16,31 +18,62 @@
 
 using namespace cvn73100;
 
+namespace {
+
+// CLI11's own words in the help, and the help flags every command inherits, in the run's language.
+void SpeakTheRunLanguage(CLI::App& app) {
+  const auto formatter = app.get_formatter();
+  formatter->label("Usage", CliText(CliMsg::LABEL_USAGE));
+  formatter->label("Positionals", CliText(CliMsg::LABEL_ARGUMENTS));
+  formatter->label("REQUIRED", CliText(CliMsg::LABEL_REQUIRED));
+  formatter->label("OPTIONS", CliText(CliMsg::LABEL_OPTIONS_BADGE));
+  formatter->label("SUBCOMMAND", CliText(CliMsg::LABEL_COMMAND_BADGE));
+  formatter->label("SUBCOMMANDS", CliText(CliMsg::LABEL_COMMAND_BADGE));
+  formatter->label("Excludes", CliText(CliMsg::LABEL_EXCLUDES));
+  formatter->label("Needs", CliText(CliMsg::LABEL_NEEDS));
+  app.option_defaults()->group(CliText(CliMsg::LABEL_OPTIONS));
+  app.group(CliText(CliMsg::LABEL_COMMANDS));
+  app.set_help_flag("-h,--help", CliText(CliMsg::HELP_FLAG));
+  app.set_help_all_flag("--help-all", CliText(CliMsg::HELP_ALL_FLAG));
+  app.failure_message([](const CLI::App*, const CLI::Error& e) {
+    return CliText(CliMsg::USAGE_ERROR, {e.what()}) + "\n" + CliText(CliMsg::MORE_INFORMATION) + "\n";
+  });
+}
+
+// CLI11 gives every command's own help flags the group "Options", whatever the defaults say; they belong
+// with the command's other options.
+void GroupHelpFlags(CLI::App& app, const std::string& group) {
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+    for (const char* name : {"--help", "--help-all"})
+      if (CLI::Option* flag = command->get_option_no_throw(name)) flag->group(group);
+    GroupHelpFlags(*command, group);
+  }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   CliContext context;
   context.outIsTerminal = ::isatty(STDOUT_FILENO) != 0;
-  CLI::App app{"cvnscope: find, test and control 73100-family oscilloscopes over GPIB and RS-232.\n"
-               "With no I/O configuration the built-in simulated instrument answers on GPIB0.\n"
-               "Exit status: 0 done, 1 error, 2 usage, 3 cancelled at a question, 10+code for `test`."};
-  app.name("cvnscope");
-  app.require_subcommand(1);
-  app.fallthrough();  // global options may follow the command: cvnscope message 106 --country 49
-  app.set_help_all_flag("--help-all", "Show the help of every command");
-  app.set_version_flag("--version", "cvnscope " CVN_VERSION);
   try {
     context.formPath = FormFile::DefaultPath();
   } catch (const ScopeError&) {
     // No home folder: a command that needs the form says so when it opens it; --form may name one.
   }
-  auto* form = app.add_option("--form", context.formPath, "The form file that keeps the control's properties")
-                   ->capture_default_str();
-  app.add_flag("--json", context.json, "Print results as JSON for scripts");
-  app.add_flag("--yes,-y", context.assumeYes, "Answer OK to every question");
-  app.add_flag("--parents", context.parents, "Create the missing folders of output files");
-  app.add_flag("--progress", context.progress, "Draw progress even when standard error is not a terminal");
-  app.add_option("--country", context.countryCode,
-                 "Language of this run's messages by country code (1, 33, 34, 39, 49, 81, 82, 886); "
-                 "`config set --language` changes the form's");
+  Messages::SetLanguageBase(RunLanguageBase(argc, argv, context.formPath));
+  CLI::App app{CliText(CliMsg::APP_DESCRIPTION) + "\n" + CliText(CliMsg::APP_SIMULATED) + "\n" +
+               CliText(CliMsg::APP_EXIT_STATUS)};
+  app.name("cvnscope");
+  SpeakTheRunLanguage(app);
+  app.require_subcommand(1);
+  app.fallthrough();  // global options may follow the command: cvnscope message 106 --country 49
+  app.set_version_flag("--version", "cvnscope " CVN_VERSION, CliText(CliMsg::VERSION_FLAG));
+  auto* form = app.add_option("--form", context.formPath, CliText(CliMsg::FORM_OPTION))->capture_default_str();
+  app.add_flag("--json", context.json, CliText(CliMsg::JSON_OPTION));
+  app.add_flag("--yes,-y", context.assumeYes, CliText(CliMsg::YES_OPTION));
+  app.add_flag("--parents", context.parents, CliText(CliMsg::PARENTS_OPTION));
+  app.add_flag("--progress", context.progress, CliText(CliMsg::PROGRESS_OPTION));
+  app.add_option("--country", context.countryCode, CliText(CliMsg::COUNTRY_OPTION));
 
   RegisterBasicCommands(app, context);
   RegisterSearchCommands(app, context);
@@ -49,16 +82,17 @@ int main(int argc, char** argv) {
   RegisterConfigCommands(app, context);
   RegisterDemoCommand(app, context);
   RegisterDoctorCommand(app, context);
-  auto* completion = app.add_subcommand("completion", "Print a completion script for bash, zsh or fish");
+  auto* completion = app.add_subcommand("completion", CliText(CliMsg::COMPLETION_COMMAND));
   std::string shell;
-  completion->add_option("SHELL", shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  completion->add_option("SHELL", shell, CliText(CliMsg::SHELL_ARGUMENT))->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
   completion->callback([&] { context.out << CompletionScript(app, shell); });
+  GroupHelpFlags(app, CliText(CliMsg::LABEL_OPTIONS));
 
   // The simulated instruments keep their settings between commands; the demo starts from its own.
   std::optional<SimulatorState> simulator;
-  auto* sim = app.add_subcommand("sim", "The built-in simulated instruments");
+  auto* sim = app.add_subcommand("sim", CliText(CliMsg::SIM_COMMAND));
   sim->require_subcommand(1);
-  sim->add_subcommand("reset", "Forget the settings the simulated instruments kept: they start afresh")
+  sim->add_subcommand("reset", CliText(CliMsg::SIM_RESET_COMMAND))
       ->callback([&] {
         simulator->Reset();
         simulator.reset();

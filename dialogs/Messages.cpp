@@ -20,12 +20,20 @@ std::optional<std::string> Messages::Find(int id) {
 
 std::string Messages::Load(int number) { return LoadIn(LanguageBase(), number); }
 
+bool Messages::IsMessageNumber(int number) {
+  return (number >= 0 && number < LANGUAGE_SPAN) || (number >= CLI_FIRST && number < CLI_END);
+}
+
+int Messages::TableId(int base, int number) {
+  return number < LANGUAGE_SPAN ? base + number : CLI_TABLE_OFFSET + base + number;
+}
+
 std::string Messages::LoadIn(int base, int number) {
-  // A language's copy spans 1000 identifiers; anything outside 0..999 is no message number (and must not
-  // reach into the next language or overflow).
-  if (number < 0 || number >= LANGUAGE_SPAN) return std::string();
-  if (auto text = Find(base + number)) return *text;
-  return Find(number).value_or(std::string());
+  // Anything outside the two ranges is no message number (and must not reach into the next language or
+  // overflow).
+  if (!IsMessageNumber(number)) return std::string();
+  if (auto text = Find(TableId(base, number))) return *text;
+  return Find(TableId(ENGLISH, number)).value_or(std::string());
 }
 
 int Messages::LanguageBase() { return g_languageBase.load(); }

@@ -19,12 +19,22 @@ class Messages {
   static constexpr int JAPANESE = 5000;
   static constexpr int KOREAN = 6000;
   static constexpr int TRADITIONAL_CHINESE = 7000;
-  // Identifiers per language: message numbers run from 0 to LANGUAGE_SPAN - 1.
+  // Identifiers per language: the control's message numbers run from 0 to LANGUAGE_SPAN - 1.
   static constexpr int LANGUAGE_SPAN = 1000;
+  // The command-line tool's texts: numbers CLI_FIRST..CLI_END - 1 in every language. The table keeps them
+  // at CLI_TABLE_OFFSET + base + number, clear of the control's identifiers.
+  static constexpr int CLI_FIRST = 2000;
+  static constexpr int CLI_END = 3000;
+  static constexpr int CLI_TABLE_OFFSET = 100000;
+
+  // A number of the control's range or of the command line's.
+  static bool IsMessageNumber(int number);
+  // Where the table keeps message `number` of the language at `base`.
+  static int TableId(int base, int number);
 
   // The text of `number` in the current language. A number that the current language lacks (Japanese
-  // holds only 100-107) yields the English text, so no dialog is ever blank; an unknown number, or one outside
-  // 0..LANGUAGE_SPAN - 1, yields "".
+  // holds only 100-107 of the control's) yields the English text, so no dialog is ever blank; an unknown
+  // number, or one outside both ranges, yields "".
   static std::string Load(int number);
   // The text of `number` in the language at `base`, with the same fallback to English.
   static std::string LoadIn(int base, int number);

@@ -2,16 +2,25 @@
 """Turns the message catalogue's PO files into a compiled-in C++ table.
 
 Each PO file holds one language; an entry's msgctxt is the message number, msgid the English text
-and msgstr the translation (empty in the English file, where msgid is the text). The language's base
-is added to the number, so French 106 is entry 1106.
+and msgstr the translation (empty in the English file, where msgid is the text). The control's
+messages are numbered 0..999 and the command-line tool's 2000..2999. The language's base is added to
+the number, so French 106 is entry 1106; the command-line texts are kept 100000 further on, so French
+2001 is entry 103001.
 
-The build stops on a malformed file, a number given twice in one file, a number outside 0..999, or a
+The build stops on a malformed file, a number given twice in one file, a number outside both ranges, or a
 translation whose msgid is not the English text of its number (a translation made for another text).
 Fuzzy and obsolete entries are left out, as msgfmt leaves them out; an untranslated entry is left out
 too, so the lookup falls back to English at run time.
 usage: po2table.py OUTPUT.cpp LANG=BASE:FILE.po ...   (the English file, base 0, first)
 """
 import sys
+
+
+CLI_FIRST, CLI_END, CLI_TABLE_OFFSET = 2000, 3000, 100000
+
+
+def table_id(base, number):
+    return base + number if number <= 999 else CLI_TABLE_OFFSET + base + number
 
 
 class PoError(Exception):
@@ -98,8 +107,9 @@ def read_language(path):
         if not context.isdigit():
             raise PoError(where + ": msgctxt is not a message number: " + context)
         number = int(context)
-        if number > 999:
-            raise PoError(where + ": message number %d is above 999 (the base is added here)" % number)
+        if not (number <= 999 or CLI_FIRST <= number < CLI_END):
+            raise PoError(where + ": message number %d is outside 0..999 and %d..%d (the base is added here)"
+                          % (number, CLI_FIRST, CLI_END - 1))
         if number in result:
             raise PoError(where + ": message %d given twice" % number)
         if 'fuzzy' in flags:
@@ -130,7 +140,7 @@ def build_table(arguments):
         if base == 0:
             english = {number: msgid for number, (msgid, _) in language.items()}
             for number, (msgid, _) in language.items():
-                table[number] = msgid
+                table[table_id(0, number)] = msgid
             continue
         if english is None:
             raise PoError("the English file (base 0) must come first")
@@ -139,7 +149,7 @@ def build_table(arguments):
                 raise PoError("%s: message %d translates %r, but its English text is %r"
                               % (path, number, msgid, english.get(number)))
             if msgstr:
-                table[base + number] = msgstr
+                table[table_id(base, number)] = msgstr
     return table
 
 

@@ -6,7 +6,9 @@
 #include <numbers>
 #include <sstream>
 
+#include "cli/CliMessages.h"
 #include "cli/ConsoleHost.h"
+#include "cli/TextWidth.h"
 #include "dialogs/Messages.h"
 #include "connection/CQueryInstrument.h"
 #include "ioconfig/CIOconfiguration.h"
@@ -234,7 +236,7 @@ TEST_F(CliTest, CtrlCStopsTheSearchWithTheRowsFoundSoFar) {
   env["CVN73100_COM1"] = silent.Path();
   for (const char* mode : {"--parallel", "--all"}) {
     SCOPED_TRACE(mode);
-    interruptAfter = std::chrono::milliseconds(1500);
+    interruptAfter = std::chrono::milliseconds(2000);
     const RunResult r = Run({"search", mode});
     EXPECT_EQ(r.status, 130) << r.err;
     EXPECT_LT(r.sinceInterrupt, std::chrono::milliseconds(500)) << "well before the silent port's reply limit";
@@ -268,6 +270,33 @@ TEST_F(CliTest, FormLanguageSpeaksAndCountryOverridesForOneRun) {
   EXPECT_EQ(Run({"message", "106", "--country", "33"}).out, Messages::LoadIn(Messages::FRENCH, 106) + "\n");
   const RunResult r = Run({"test", "GPIB0::7::INSTR"});
   EXPECT_TRUE(Contains(r.out, Messages::LoadIn(Messages::GERMAN, 220))) << r.out;
+  // The command line's own texts and CLI11's help follow the same choice.
+  EXPECT_TRUE(Contains(Run({"--help"}).out, Messages::LoadIn(Messages::GERMAN, CliMsg::HELP_FLAG)));
+  const std::string help = Run({"--country", "886", "config", "--help"}).out;
+  EXPECT_TRUE(Contains(help, Messages::LoadIn(Messages::TRADITIONAL_CHINESE, CliMsg::LABEL_USAGE) + ":")) << help;
+  EXPECT_TRUE(Contains(help, Messages::LoadIn(Messages::TRADITIONAL_CHINESE, CliMsg::CONFIG_SHOW_COMMAND))) << help;
+  EXPECT_FALSE(Contains(help, "Options:")) << help;  // the help flags too stand under the translated heading
+  // The Traditional Chinese search table: every row's address starts in the column of its heading.
+  const std::string table = Run({"--country", "886", "search", "--all"}).out;
+  const std::string heading = Messages::LoadIn(Messages::TRADITIONAL_CHINESE, 203);
+  std::istringstream lines(table.substr(table.rfind('\n', table.find(heading)) + 1));
+  std::string line;
+  std::getline(lines, line);
+  const std::size_t column = DisplayWidth(line.substr(0, line.find(heading)));
+  int rows = 0;
+  while (std::getline(lines, line) && line.find("GPIB0::") != std::string::npos) {
+    EXPECT_EQ(DisplayWidth(line.substr(0, line.find("GPIB0::"))), column) << table;
+    ++rows;
+  }
+  EXPECT_EQ(rows, 31) << table;
+  // The doctor's fix lines start under the subject however wide the translated verdicts are.
+  env["CVN73100_COM2"] = "/dev/cvn-none";
+  const std::string doctor = Run({"--country", "81", "doctor"}).out;
+  const std::string verdict = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_PROBLEM) + "  COM2: ";
+  const std::string fix = Messages::LoadIn(Messages::JAPANESE, CliMsg::DOCTOR_FIX);
+  EXPECT_TRUE(Contains(doctor, verdict + "/dev/cvn-none")) << doctor;
+  EXPECT_TRUE(Contains(doctor, "\n" + std::string(DisplayWidth(verdict) - 6, ' ') + fix.substr(0, fix.find("{1}")))) << doctor;
+  EXPECT_TRUE(Contains(Run({"config", "show"}).out, "49 (" + Messages::LoadIn(Messages::GERMAN, CliMsg::LANGUAGE_GERMAN) + ")"));
 }
 
 // --- config: each change reaches the form and shows in the next process ---

@@ -69,6 +69,32 @@ TEST(CatalogueTest, EveryLanguageCarriesEveryEnglishMessage) {
   for (const Language& language : TRANSLATIONS) EXPECT_EQ(Numbers(Copy(language.base)), expected) << language.file;
 }
 
+// The command line's texts are in every language, with the same placeholders and option names.
+TEST(CatalogueTest, EveryCommandLineTextIsInEveryLanguage) {
+  const auto marks = [](const std::string& text) {
+    std::multiset<std::string> found;
+    for (std::size_t at = 0; (at = text.find_first_of("{-", at)) != std::string::npos; ++at) {
+      const bool option = text.compare(at, 2, "--") == 0 && at + 2 < text.size() && std::islower(text[at + 2]);
+      if (text[at] == '{') found.insert(text.substr(at, text.find('}', at) + 1 - at));
+      if (option) found.insert(text.substr(at, text.find_first_not_of("-abcdefghijklmnopqrstuvwxyz", at) - at));
+      if (option) ++at;
+    }
+    return found;
+  };
+  int count = 0;
+  for (int number = Messages::CLI_FIRST; number < Messages::CLI_END; ++number) {
+    const auto english = Messages::Find(Messages::TableId(Messages::ENGLISH, number));
+    if (!english) continue;
+    ++count;
+    for (const Language& language : LANGUAGES) {
+      const auto text = Messages::Find(Messages::TableId(language.base, number));
+      ASSERT_TRUE(text) << language.file << " lacks " << number;
+      EXPECT_EQ(marks(*text), marks(*english)) << language.file << " " << number << ": " << *text;
+    }
+  }
+  EXPECT_GT(count, 100);
+}
+
 TEST(CatalogueTest, JapaneseCarriesOnlyHelpFilesFontAndTexts104To107) {
   EXPECT_EQ(Numbers(Copy(5000)), (std::set<int>{100, 101, 102, 103, 104, 105, 106, 107}));
 }
