@@ -197,7 +197,7 @@ TEST_F(Cvn73100ScopeTest, CountryCodeSelectsTheLanguageOrChangesNothing) {
   EXPECT_TRUE(host.propertyChanges.empty());
 }
 
-TEST_F(Cvn73100ScopeTest, ShowsThePagesEachSelectorAsks) {
+TEST_F(Cvn73100ScopeTest, ShowsThePagesEachSelectorAsksAndRefusesOtherSelectors) {
   const std::vector<std::string> all{"Cvn73100PPSrchIO", "Cvn73100PPSrchCriteria", "Cvn73100PPSetIO",
                                      "Cvn73100PPSetup"};
   const struct {
@@ -218,10 +218,8 @@ TEST_F(Cvn73100ScopeTest, ShowsThePagesEachSelectorAsks) {
     EXPECT_EQ(host.pagesShown[0].initialPage, c.initialPage) << c.selector;
     EXPECT_EQ(scope->PropertyPages(), all);
   }
-}
-
-TEST_F(Cvn73100ScopeTest, RefusesAnUnknownSelectorWithMessage107) {
   scope->SetSupportMessageMode(CDebug::MODE_EVENT);
+  host.ClearRecords();
   EXPECT_EQ(ErrorOf([&] { scope->ShowPropertyPages(4); }), kInvalidPropertyValue);
   EXPECT_EQ(error->Source(), "QD 73100 Scope Control");
   EXPECT_EQ(error->Description(), "Asian languages are not supported on this computer.");

@@ -132,18 +132,6 @@ TEST_F(CDebugTest, SettingTheLogOnAgainStartsAFreshFileOnlyAfterItWasOff) {
   EXPECT_EQ(Log(), "");
 }
 
-TEST_F(CDebugTest, FailedAssertionIsAppendedToTheLogAsOneLine) {
-  m_debug.SetMode(CDebug::MODE_LOG);
-  m_debug.Assert(true, "true", "CCvn73100EZ", "Let TXDelay", "Else");
-  EXPECT_EQ(Log(), "");
-  m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
-  // The block ends with its empty line; the write adds one more line end.
-  EXPECT_EQ(MaskTime(Log()), ASSERT_BLOCK + "\r\n");
-  EXPECT_EQ(m_debug.LogPath(), LogFile().string());
-  EXPECT_TRUE(m_events.empty());
-  EXPECT_TRUE(m_host.boxes.empty());
-}
-
 struct BlockCase {
   const char* name;
   bool isAssert;
@@ -208,6 +196,8 @@ TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
   std::string logAtEvent = "unset", logAtBox = "unset";
   m_onEvent = [&] { logAtEvent = Log(); };
   m_host.onBox = [&] { logAtBox = Log(); };
+  m_debug.Assert(true, "true", "CCvn73100EZ", "Let TXDelay", "Else");
+  EXPECT_TRUE(m_events.empty() && m_host.boxes.empty() && Log().empty()) << "a holding assertion reports nothing";
   m_debug.Assert(false, "false", "CCvn73100EZ", "Let TXDelay", "Else");
   ASSERT_EQ(m_events.size(), 1u);
   ASSERT_EQ(m_host.boxes.size(), 1u);
@@ -217,7 +207,9 @@ TEST_F(CDebugTest, DeliveryRunsEventThenLogThenMessageBox) {
   EXPECT_EQ(MaskTime(m_host.boxes[0].prompt), ASSERT_BLOCK);
   EXPECT_EQ(m_host.boxes[0].prompt, m_events[0]);
   EXPECT_EQ(logAtEvent, "");
+  // The block ends with its empty line; the write adds one more line end.
   EXPECT_EQ(logAtBox, m_events[0] + "\r\n");
+  EXPECT_EQ(m_debug.LogPath(), LogFile().string());
 }
 
 TEST_F(CDebugTest, LogFileIsPrivateWhetherNewOrLeftOver) {
@@ -284,13 +276,12 @@ TEST_F(CDebugTest, SwitchesAreSavedUnderTheirKeysInOrderDefaultsNot) {
   CDebug restored;
   restored.ReadProperties(bag);
   EXPECT_EQ(restored.Mode(), CDebug::MODE_EVENT | CDebug::MODE_MESSAGE_BOX | CDebug::MODE_ASSERT);
-}
 
-TEST_F(CDebugTest, ReadingTheLogSwitchStartsAFreshLog) {
+  // Reading the log switch starts a fresh log.
   WriteAll(LogFile(), "previous run");
-  MemoryPropertyBag bag;
-  bag.Set("DebugEnableMessageLog", true);
-  m_debug.ReadProperties(bag);
+  MemoryPropertyBag logOn;
+  logOn.Set("DebugEnableMessageLog", true);
+  m_debug.ReadProperties(logOn);
   EXPECT_EQ(m_debug.Mode(), CDebug::MODE_LOG);
   EXPECT_EQ(Log(), "");
 

@@ -53,15 +53,6 @@ class CQueryInstrumentSim : public ::testing::Test {
   CQueryInstrument query;
 };
 
-TEST_F(CQueryInstrumentSim, OpenFailuresAndWrongPortsGiveTheirCodes) {
-  std::string reply = "old";
-  EXPECT_EQ(query.GPIBIDNQuery("GPIB0::20::INSTR", reply), IDNNoResponse) << "no listener";
-  EXPECT_EQ(reply, "");
-  EXPECT_EQ(query.GPIBIDNQuery("GPIB1::7::INSTR", reply), IDNPortNotFound) << "board not mapped";
-  EXPECT_EQ(query.RS232IDNQuery("GPIB0::7::INSTR", reply), IDNWrongPortType);
-  EXPECT_EQ(query.RS232IDNQuery("COM2", reply), IDNPortNotFound) << "no such serial node";
-}
-
 TEST_F(CQueryInstrumentSim, SerialQueryUsesThePortsSettings) {
   sim::Faults strict;
   strict.wrongParameter = true;

@@ -160,17 +160,6 @@ TEST(CQueryInstrumentClassify, EverySupportedModelIsSupportedAndNoPrefixOfIt) {
   }
 }
 
-TEST(CQueryInstrumentClassify, AddressBlock) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"GPIB0::7::INSTR", "GPIB0::7::INSTR"},
-      {"COM2::Baud=19200,Handshake=DTR_DSR", "COM2"},
-  };
-  for (const auto& [address, shown] : cases) {
-    EXPECT_EQ(CQueryInstrument::AppendAddressAt("Text", address),
-              std::string("Text\r\n\r\n") + Messages::Load(228) + "\r\n\r\n    " + shown);
-  }
-}
-
 // ---- Wait ----
 
 TEST(CQueryInstrumentWait, LeavesOnTheFirstTickPastTheEnd) {

@@ -1,12 +1,10 @@
-// The dialogs drawn from their models: the Add / Edit setup dialog's validation, the search results'
+// The dialogs drawn from their models: the search results'
 // check boxes, the About box, their texts in another language, and the Designer plugin loading.
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPluginLoader>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -17,12 +15,10 @@
 #include "dialogs/LanguageSelection.h"
 #include "dialogs/Messages.h"
 #include "discovery/FrmSearchResults.h"
-#include "setups/FrmSetup.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/ui/FrameTestSupport.h"
 #include "ui/FrmAboutDialog.h"
 #include "ui/FrmSearchResultsDialog.h"
-#include "ui/FrmSetupDialog.h"
 
 namespace cvn73100::ui {
 namespace {
@@ -34,86 +30,36 @@ class DialogsTest : public ::testing::Test {
   test::ScopedHost scopedHost{host};
 };
 
-TEST_F(DialogsTest, SetupFormStaysOpenUntilTheTextsAreAcceptable) {
-  struct Case {
-    QString name, comments;
-    std::string refusal;  // the box shown, "" when OK closes the dialog
-  };
-  for (const Case& c : {Case{"Bench1", "any comment", ""},
-                        Case{"two words", "", "Names may not contain spaces or the \"|\" character."}}) {
-    SCOPED_TRACE(c.name.toStdString() + " / " + c.comments.toStdString());
-    host.ClearRecords();
-    FrmSetup form;
-    form.Update(FrmSetup::Purpose::Add, "", "", true);
-    bool openAfterOK = false;
-    test::AnswerNextModal<FrmSetupDialog>([&](FrmSetupDialog* dialog) {
-      dialog->findChild<QLineEdit*>("Name")->setText(c.name);
-      dialog->findChild<QLineEdit*>("Comments")->setText(c.comments);
-      QTest::mouseClick(dialog->findChild<QPushButton*>("OK"), Qt::LeftButton);
-      openAfterOK = dialog->isVisible();
-      if (openAfterOK) QTest::mouseClick(dialog->findChild<QPushButton*>("Cancel"), Qt::LeftButton);
-    });
-    FrmSetupDialog::ShowModal(form, QApplication::font(), nullptr);
-
-    EXPECT_EQ(openAfterOK, !c.refusal.empty());
-    if (c.refusal.empty()) {
-      EXPECT_EQ(form.GetResult(), FrmSetup::Result::OK);
-      EXPECT_EQ(form.Name(), c.name.toStdString());
-      EXPECT_EQ(form.Comments(), c.comments.toStdString());
-      EXPECT_TRUE(host.boxes.empty());
-    } else {
-      EXPECT_EQ(form.GetResult(), FrmSetup::Result::Cancel);
-      ASSERT_EQ(host.boxes.size(), 1u);
-      EXPECT_EQ(host.boxes[0].prompt, c.refusal);
-    }
-  }
-}
-
-TEST_F(DialogsTest, SearchResultsCheckBoxesFollowTheModelAndHandTheTicksBack) {
+TEST_F(DialogsTest, SearchResultsCheckBoxesFollowTheModelAndHandTheTicksBackOnContinue) {
   // COM1 answered; COM3 was excluded before; the user excludes COM2 and includes COM3 again.
-  FrmSearchResults model;
-  for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i) {
-    model.SetInstrumentFoundOnCOMPort(i, i == 0);
-    model.SetIncludedCOMPort(i, i != 2);
-  }
-  model.Update();
-  model.Show();
-  test::AnswerNextModal<FrmSearchResultsDialog>([](FrmSearchResultsDialog* dialog) {
-    EXPECT_EQ(dialog->windowTitle(), "Search Instruments Results");
-    EXPECT_EQ(dialog->findChild<QGroupBox*>("FrameExclude")->title(), "Exclude from Future Searches");
-    const QString explanation = dialog->findChild<QLabel*>("Explanation")->text();
-    EXPECT_FALSE(explanation.contains("COM1"));
-    EXPECT_TRUE(explanation.contains("\n    COM2\n    COM3\n    COM4"));
-    const bool enabled[] = {false, true, true, true};
-    const bool checked[] = {false, false, true, false};
-    for (int i = 0; i < 4; ++i) {
-      auto* check = dialog->findChild<QCheckBox*>(QString("CheckCOM%1").arg(i + 1));
-      EXPECT_EQ(check->text(), QString("COM%1").arg(i + 1));
-      EXPECT_EQ(check->isEnabled(), enabled[i]) << i;
-      EXPECT_EQ(check->isChecked(), checked[i]) << i;
+  for (const bool pressContinue : {false, true}) {
+    SCOPED_TRACE(pressContinue ? "Continue" : "closed");
+    FrmSearchResults model;
+    for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i) {
+      model.SetInstrumentFoundOnCOMPort(i, i == 0);
+      model.SetIncludedCOMPort(i, i != 2);
     }
-    QTest::mouseClick(dialog->findChild<QCheckBox*>("CheckCOM2"), Qt::LeftButton);
-    QTest::mouseClick(dialog->findChild<QCheckBox*>("CheckCOM3"), Qt::LeftButton);
-    QTest::mouseClick(dialog->findChild<QPushButton*>("Continue"), Qt::LeftButton);
-  });
-  FrmSearchResultsDialog::ShowModal(model, nullptr);
-  EXPECT_FALSE(model.Visible());
-  EXPECT_TRUE(model.IncludedCOMPort(0));
-  EXPECT_FALSE(model.IncludedCOMPort(1));
-  EXPECT_TRUE(model.IncludedCOMPort(2));
-  EXPECT_TRUE(model.IncludedCOMPort(3));
-}
-
-TEST_F(DialogsTest, SearchResultsClosedWithoutContinueChangeNothing) {
-  FrmSearchResults model;
-  for (std::int32_t i = 0; i < FrmSearchResults::COM_PORT_COUNT; ++i) model.SetIncludedCOMPort(i, true);
-  model.Update();
-  test::AnswerNextModal<FrmSearchResultsDialog>([](FrmSearchResultsDialog* dialog) {
-    QTest::mouseClick(dialog->findChild<QCheckBox*>("CheckCOM4"), Qt::LeftButton);
-    dialog->close();
-  });
-  FrmSearchResultsDialog::ShowModal(model, nullptr);
-  EXPECT_TRUE(model.IncludedCOMPort(3));
+    model.Update();
+    test::AnswerNextModal<FrmSearchResultsDialog>([pressContinue](FrmSearchResultsDialog* dialog) {
+      const bool enabled[] = {false, true, true, true};
+      const bool checked[] = {false, false, true, false};
+      for (int i = 0; i < 4; ++i) {
+        auto* check = dialog->findChild<QCheckBox*>(QString("CheckCOM%1").arg(i + 1));
+        EXPECT_EQ(check->isEnabled(), enabled[i]) << i;
+        EXPECT_EQ(check->isChecked(), checked[i]) << i;
+      }
+      QTest::mouseClick(dialog->findChild<QCheckBox*>("CheckCOM2"), Qt::LeftButton);
+      QTest::mouseClick(dialog->findChild<QCheckBox*>("CheckCOM3"), Qt::LeftButton);
+      if (pressContinue) {
+        QTest::mouseClick(dialog->findChild<QPushButton*>("Continue"), Qt::LeftButton);
+      } else {
+        dialog->close();
+      }
+    });
+    FrmSearchResultsDialog::ShowModal(model, nullptr);
+    EXPECT_EQ(model.IncludedCOMPort(1), !pressContinue);
+    EXPECT_EQ(model.IncludedCOMPort(2), pressContinue);
+  }
 }
 
 TEST_F(DialogsTest, AboutBoxInTheCurrentLanguage) {
