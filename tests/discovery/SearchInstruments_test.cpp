@@ -203,9 +203,8 @@ TEST_F(SearchInstrumentsTest, ApplyMakesTheChosenRowTheControlsAddress) {
 }
 
 TEST_F(SearchInstrumentsTest, ConnectedRowIsTheFirstPrefixOfTheActiveAddress) {
-  const std::pair<const char*, const char*> cases[] = {{"GPIB0::3::INSTR", "GPIB0::3"},
-                                                       {"GPIB0::7::INSTR", ""},
-                                                       {"COM1::Baud=19200", "COM1"}};
+  const std::pair<const char*, const char*> cases[] = {
+      {"GPIB0::3::INSTR", "GPIB0::3"}, {"GPIB0::7::INSTR", ""}, {"COM1::Baud=19200", "COM1"}};
   for (const auto& [active, connected] : cases) {
     SCOPED_TRACE(active);
     Bind(active, {1}, {1, 3, 12});
