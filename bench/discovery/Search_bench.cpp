@@ -62,30 +62,30 @@ double ProcessCpuSeconds() {
   return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
 }
 
-void BM_DefaultSearch(benchmark::State& state) {
-  auto manager = std::make_shared<io::IOManager>(
-      io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "bench"));
-  auto bus = std::make_shared<sim::SimulatedBus>();
-  bus->Attach(7, std::make_shared<sim::Instrument>());
-  manager->SetSimulatedBus(0, bus);
+// COM1..`ports` of `manager` answer nothing, as a port with no instrument on it.
+void AttachSilentPorts(io::IOManager& manager, int ports) {
   sim::Faults silent;
   silent.silent = true;
-  for (int port = 1; port <= kSilentComPorts; ++port)
-    manager->SetSimulatedSerialPort(port, std::make_shared<sim::SimulatedSerialPort>(
-                                              std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0})));
-  Components::SetIOManagerFactory([manager] { return manager; });
+  for (int port = 1; port <= ports; ++port)
+    manager.SetSimulatedSerialPort(port, std::make_shared<sim::SimulatedSerialPort>(
+                                             std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0})));
+}
 
+// Wall and process CPU time of one Search click on a fresh control and page, added to the totals.
+struct SearchTimes {
   double wallMs = 0;
   double cpuMs = 0;
   std::int32_t txDelay = 0;
-  for (auto _ : state) {
+
+  template <class CheckRows>
+  void Time(benchmark::State& state, bool parallel, CheckRows checkRows) {
     Cvn73100Scope control;
     QuietView view;
     Cvn73100PPSrchIO page(view);
+    page.SetParallelSearch(parallel);
     page.PropertyPage_SelectionChanged(&control);
     page.TimerInstrumentDiscovery_Timer();
     txDelay = control.TXDelay();
-
     const auto start = std::chrono::steady_clock::now();
     const double cpuStart = ProcessCpuSeconds();
     page.Search_Click();
@@ -94,13 +94,30 @@ void BM_DefaultSearch(benchmark::State& state) {
     state.SetIterationTime(wall.count());
     wallMs += wall.count() * 1e3;
     cpuMs += cpu * 1e3;
-    if (page.Rows().size() != 31 || page.Rows()[7].supported.empty()) state.SkipWithError("unexpected list");
+    checkRows(page.Rows());
+  }
+};
+
+void BM_DefaultSearch(benchmark::State& state) {
+  auto manager = std::make_shared<io::IOManager>(
+      io::BoardMap::FromText("GPIB0 = sim\nCOM1 = sim\nCOM2 = sim\nCOM3 = sim\nCOM4 = none\n", "bench"));
+  auto bus = std::make_shared<sim::SimulatedBus>();
+  bus->Attach(7, std::make_shared<sim::Instrument>());
+  manager->SetSimulatedBus(0, bus);
+  AttachSilentPorts(*manager, kSilentComPorts);
+  Components::SetIOManagerFactory([manager] { return manager; });
+
+  SearchTimes times;
+  for (auto _ : state) {
+    times.Time(state, false, [&](const auto& rows) {
+      if (rows.size() != 31 || rows[7].supported.empty()) state.SkipWithError("unexpected list");
+    });
   }
   const double iterations = static_cast<double>(state.iterations());
-  state.counters["mandated_ms"] = MandatedWaitsMs(txDelay);
-  state.counters["wall_ms"] = wallMs / iterations;
-  state.counters["wall_over_waits"] = wallMs / iterations / MandatedWaitsMs(txDelay);
-  state.counters["cpu_share"] = cpuMs / wallMs;
+  state.counters["mandated_ms"] = MandatedWaitsMs(times.txDelay);
+  state.counters["wall_ms"] = times.wallMs / iterations;
+  state.counters["wall_over_waits"] = times.wallMs / iterations / MandatedWaitsMs(times.txDelay);
+  state.counters["cpu_share"] = times.cpuMs / times.wallMs;
   Components::SetIOManagerFactory(nullptr);
 }
 
@@ -111,35 +128,17 @@ void BM_ParallelSilentPorts(benchmark::State& state) {
   for (int port = 1; port <= 4; ++port)
     map += "COM" + std::to_string(port) + (port <= ports ? " = sim\n" : " = none\n");
   auto manager = std::make_shared<io::IOManager>(io::BoardMap::FromText(map, "bench"));
-  sim::Faults silent;
-  silent.silent = true;
-  for (int port = 1; port <= ports; ++port)
-    manager->SetSimulatedSerialPort(port, std::make_shared<sim::SimulatedSerialPort>(
-                                              std::make_shared<sim::Instrument>(sim::InstrumentConfig{{}, silent, 0})));
+  AttachSilentPorts(*manager, ports);
   Components::SetIOManagerFactory([manager] { return manager; });
 
-  double wallMs = 0;
-  double cpuMs = 0;
+  SearchTimes times;
   for (auto _ : state) {
-    Cvn73100Scope control;
-    QuietView view;
-    Cvn73100PPSrchIO page(view);
-    page.SetParallelSearch(true);
-    page.PropertyPage_SelectionChanged(&control);
-    page.TimerInstrumentDiscovery_Timer();
-    const auto start = std::chrono::steady_clock::now();
-    const double cpuStart = ProcessCpuSeconds();
-    page.Search_Click();
-    const double cpu = ProcessCpuSeconds() - cpuStart;
-    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(wall.count());
-    wallMs += wall.count() * 1e3;
-    cpuMs += cpu * 1e3;
-    if (!page.Rows().empty()) state.SkipWithError("a silent port was listed");
+    times.Time(state, true, [&](const auto& rows) {
+      if (!rows.empty()) state.SkipWithError("a silent port was listed");
+    });
   }
-  const double iterations = static_cast<double>(state.iterations());
-  state.counters["wall_ms"] = wallMs / iterations;
-  state.counters["cpu_share"] = cpuMs / wallMs;
+  state.counters["wall_ms"] = times.wallMs / static_cast<double>(state.iterations());
+  state.counters["cpu_share"] = times.cpuMs / times.wallMs;
   Components::SetIOManagerFactory(nullptr);
 }
 

@@ -190,7 +190,8 @@ void RaiseScopeError(const ScopeError& error) {
 void RaiseScopeKeyError(const ScopeError& error, const std::string& key) { RaiseAs(g_scopeKeyError, error, Text(key)); }
 
 void RegisterErrorTranslator() {
-  py::register_exception_translator([](const std::exception_ptr& pointer) {
+  // pybind11 takes the translator only with this exact signature.
+  py::register_exception_translator([](std::exception_ptr pointer) {  // NOLINT(performance-unnecessary-value-param)
     if (!pointer) return;
     try {
       std::rethrow_exception(pointer);
