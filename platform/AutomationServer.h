@@ -129,6 +129,8 @@ class IAutomationServer {
   virtual std::string ConnectionName() = 0;
   // The I/O library's manager the server opens its connections through. The owner may hand it over
   // after creating the server; an open connection keeps the channel it has.
+  // A sink: the server keeps the manager (taken by value and moved); one without connections ignores it.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param)
   virtual void SetIOManager(std::shared_ptr<IIOManager> /*ioManager*/) {}
   // The reply time limit of each read in milliseconds; it holds for the open connection and for later ones.
   virtual std::int32_t Timeout() const = 0;
