@@ -21,7 +21,7 @@ namespace cvn73100::test {
 // Answers the next pop-up menu or modal window of type T that opens while the test waits in an exec()
 // (polling every few milliseconds, so it also finds dialogs that come up in the middle of a click handler).
 template <class T>
-void AnswerNextModal(std::function<void(T*)> answer) {
+QTimer* AnswerNextModal(std::function<void(T*)> answer) {
   auto* timer = new QTimer;
   timer->setInterval(5);
   QObject::connect(timer, &QTimer::timeout, [timer, answer] {
@@ -33,10 +33,11 @@ void AnswerNextModal(std::function<void(T*)> answer) {
     answer(modal);
   });
   timer->start();
+  return timer;  // for a test that expects no modal: it deletes the timer itself
 }
 
 // Runs `answer` on the next dialog that `host` shows.
-inline void OnNextDialog(ui::QtHost& host, std::function<void(QDialog*)> answer) {
+inline void OnNextDialog(ui::QtHost& host, const std::function<void(QDialog*)>& answer) {
   auto connection = std::make_shared<QMetaObject::Connection>();
   *connection = QObject::connect(&host, &ui::QtHost::dialogShown, [connection, answer](QDialog* dialog) {
     QObject::disconnect(*connection);

@@ -9,6 +9,7 @@
 #include <QFontInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -68,12 +69,13 @@ TEST_F(PagesTest, SearchListsTheSimulatedInstrumentsAndApplyMakesTheChosenOneThe
 
   // COM1 answered and COM2..COM4 have no device: the results dialog has no port to name and does not appear.
   bool resultsShown = false;
-  test::AnswerNextModal<QDialog>([&](QDialog* dialog) {
+  const QPointer<QTimer> resultsAnswer = test::AnswerNextModal<QDialog>([&](QDialog* dialog) {
     resultsShown = true;
     QTest::mouseClick(dialog->findChild<QPushButton*>("Continue"), Qt::LeftButton);
   });
   QTest::mouseClick(page->SearchButton(), Qt::LeftButton);
   EXPECT_FALSE(resultsShown);
+  delete resultsAnswer;
   EXPECT_EQ(page->SearchButton()->text(), "Search");
   // The rows are the behaviour's, drawn as they are.
   EXPECT_EQ(test::Column(page->List(), 2), (QStringList{"COM1", "GPIB0::3", "GPIB0::7", "GPIB0::12", "GPIB0::20"}));
